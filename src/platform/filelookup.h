@@ -1,0 +1,68 @@
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace fleetwright::platform {
+
+// Which entries of a folder a lookup returns. Links count as what they point to.
+enum class LookupKind
+{
+    Files,
+    FilesAndFolders,
+    Folders,
+};
+
+// A wildcard lookup in the first-and-next form, as Windows does it: the folder part of the path is found
+// without regard to case, the last component is the pattern, and the names come back without their folder,
+// in the platform's listing order ("." and ".." never). On Windows this is the system's own lookup; elsewhere
+// the pattern rules of matchesWildcard apply and names are listed in NTFS order (see listingOrderLess).
+//
+//     FileLookup textures(folderPrefix + u"texture.*", LookupKind::FilesAndFolders);
+//     while (auto name = textures.next()) ...   // "texture", "Texture.KLM", "texture.txt"
+//
+// All names are read when the lookup is made; a folder that does not exist gives no names.
+class FileLookup
+{
+public:
+    explicit FileLookup(const std::filesystem::path &wildcardPath, LookupKind kind = LookupKind::Files);
+
+    // The next name, the first one on the first call; nothing once all are taken.
+    std::optional<std::u16string> next();
+    // Every name of the lookup, whatever next() has handed out.
+    const std::vector<std::u16string> &names() const { return m_names; }
+
+    // The existing path whose every component matches path's without regard to case, with Windows' rules
+    // for components: trailing points and blanks are dropped ("texture." is "texture"). Where several names
+    // differ only in case, the exact spelling wins, else the first in listing order; a spelling that leads
+    // nowhere further down gives way to the next. Nothing when no such path exists. On Windows the file system ignores
+    // case itself: the path as given, if it exists.
+    static std::optional<std::filesystem::path> resolve(const std::filesystem::path &path);
+    // Whether resolve finds an entry of the given kind.
+    static bool exists(const std::filesystem::path &path, LookupKind kind = LookupKind::Files);
+
+private:
+    std::vector<std::u16string> m_names;
+    std::size_t m_next = 0;
+};
+
+// Windows' wildcard rules, compared without regard to case: "*" stands for any run of characters and "?" for
+// one; "?" before a point or at the end of the name may also stand for nothing, a pattern point before "*",
+// "?" or the pattern's end also matches the end of the name ("texture.*" matches "texture"), and "*" before a
+// point does not reach past the name's last point, so "*." matches only names without a point.
+bool matchesWildcard(std::u16string_view pattern, std::u16string_view name);
+
+// Upper case of one character for name comparison, as NTFS compares names: ASCII letters, the Latin-1
+// letters and the other letters of Windows-1252 (š, œ, ž, ÿ) fold; ß, µ, ÷ and × stay.
+char16_t foldNameChar(char16_t ch);
+std::u16string foldName(std::u16string_view name);
+bool sameNameIgnoringCase(std::u16string_view a, std::u16string_view b);
+
+// NTFS listing order: ordinal comparison of the upper-cased names (names equal so are ordered ordinally).
+bool listingOrderLess(std::u16string_view a, std::u16string_view b);
+
+} // namespace fleetwright::platform

@@ -1,0 +1,157 @@
+// Lookups on file systems that tell case apart: every component is searched the way Windows would find it.
+#include <algorithm>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include "platform/filelookup.h"
+
+namespace fleetwright::platform {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// A name the engine's text can hold. File names here are bytes, taken as UTF-8; one that is no valid UTF-8
+// cannot be named by the engine and is left out.
+std::optional<std::u16string> wideName(const fs::path &name)
+{
+    try {
+        return name.u16string();
+    } catch (const std::system_error &) {
+        return std::nullopt;
+    }
+}
+
+bool isKind(const fs::file_status &status, LookupKind kind)
+{
+    if (!fs::exists(status))
+        return false;
+    switch (kind) {
+    case LookupKind::Files:
+        return !fs::is_directory(status);
+    case LookupKind::Folders:
+        return fs::is_directory(status);
+    case LookupKind::FilesAndFolders:
+        return true;
+    }
+    return false;
+}
+
+// Windows drops trailing points and blanks from every component before it looks anything up.
+std::string windowsComponent(std::string component)
+{
+    while (!component.empty() && (component.back() == '.' || component.back() == ' '))
+        component.pop_back();
+    return component;
+}
+
+// The entries of folder that are named like wanted without regard to case but spelled otherwise, in listing
+// order.
+std::vector<fs::path> otherSpellings(const fs::path &folder, const std::string &wanted, LookupKind kind)
+{
+    const std::optional<std::u16string> wantedWide = wideName(fs::path(wanted));
+    if (!wantedWide)
+        return {};
+    std::vector<std::pair<std::u16string, fs::path>> found;
+    std::error_code error;
+    for (fs::directory_iterator it(folder.empty() ? fs::path(".") : folder, error), end; !error && it != end;
+         it.increment(error)) {
+        const fs::path name = it->path().filename();
+        if (name.native() == wanted)
+            continue;
+        const std::optional<std::u16string> wide = wideName(name);
+        std::error_code statusError;
+        if (wide && sameNameIgnoringCase(*wide, *wantedWide) && isKind(it->status(statusError), kind))
+            found.emplace_back(*wide, name);
+    }
+    std::sort(found.begin(), found.end(),
+              [](const auto &a, const auto &b) { return listingOrderLess(a.first, b.first); });
+    std::vector<fs::path> names;
+    for (auto &entry : found)
+        names.push_back(std::move(entry.second));
+    return names;
+}
+
+// Resolves components[index...] below current. The exact spelling is tried first, then the other spellings
+// in listing order, so a folder that exists only under one of several spellings is still found.
+std::optional<fs::path> resolveBelow(const fs::path &current, const std::vector<fs::path> &components,
+                                     std::size_t index)
+{
+    if (index == components.size())
+        return current;
+    const fs::path &component = components[index];
+    const bool last = index + 1 == components.size();
+    std::error_code error;
+    if (component.empty()) {
+        // A trailing separator: what stands before it must be a folder.
+        if (!fs::is_directory(current.empty() ? fs::path(".") : current, error))
+            return std::nullopt;
+        return resolveBelow(current / fs::path(), components, index + 1);
+    }
+    if (component == "." || component == "..") {
+        const fs::path next = current / component;
+        if (!fs::is_directory(next, error))
+            return std::nullopt;
+        return resolveBelow(next, components, index + 1);
+    }
+    const std::string name = windowsComponent(component.native());
+    if (name.empty())
+        return std::nullopt;
+    const LookupKind kind = last ? LookupKind::FilesAndFolders : LookupKind::Folders;
+    if (isKind(fs::status(current / name, error), kind)) {
+        if (std::optional<fs::path> resolved = resolveBelow(current / name, components, index + 1))
+            return resolved;
+    }
+    for (const fs::path &spelling : otherSpellings(current, name, kind)) {
+        if (std::optional<fs::path> resolved = resolveBelow(current / spelling, components, index + 1))
+            return resolved;
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+FileLookup::FileLookup(const fs::path &wildcardPath, LookupKind kind)
+{
+    const std::optional<std::u16string> pattern = wideName(wildcardPath.filename());
+    if (!pattern || pattern->empty())
+        return;
+    fs::path folder = wildcardPath.parent_path();
+    if (!folder.empty()) {
+        const std::optional<fs::path> resolved = resolve(folder);
+        if (!resolved)
+            return;
+        folder = *resolved;
+    }
+    std::error_code error;
+    for (fs::directory_iterator it(folder.empty() ? fs::path(".") : folder, error), end; !error && it != end;
+         it.increment(error)) {
+        const std::optional<std::u16string> name = wideName(it->path().filename());
+        if (!name || !matchesWildcard(*pattern, *name))
+            continue;
+        std::error_code statusError;
+        if (isKind(it->status(statusError), kind))
+            m_names.push_back(*name);
+    }
+    std::sort(m_names.begin(), m_names.end(),
+              [](const std::u16string &a, const std::u16string &b) { return listingOrderLess(a, b); });
+}
+
+std::optional<fs::path> FileLookup::resolve(const fs::path &path)
+{
+    if (path.empty())
+        return std::nullopt;
+    const fs::path relative = path.relative_path();
+    const std::vector<fs::path> components(relative.begin(), relative.end());
+    return resolveBelow(path.root_path(), components, 0);
+}
+
+bool FileLookup::exists(const fs::path &path, LookupKind kind)
+{
+    const std::optional<fs::path> resolved = resolve(path);
+    std::error_code error;
+    return resolved && isKind(fs::status(*resolved, error), kind);
+}
+
+} // namespace fleetwright::platform
