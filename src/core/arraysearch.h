@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace fleetwright {
+
+// The text before the first "//", with blanks (U+0020) trimmed at both ends; every reader of a value from
+// aircraft.cfg or model.cfg applies it. A tab is no blank and stays: "title=abc\t// x" keeps its tab.
+// "//" has no escape, so "description=see a//b" gives "description=see a".
+std::u16string StripComment(const std::u16string &text);
+
+// Whether value equals one element of array as a whole, compared exactly. A value that is not numeric is
+// first folded to upper (lower) case, and the caller's variable keeps the folded text; the elements are
+// compared as they stand, so callers fold their lists themselves.
+//
+// The search joins the elements with NUL and looks for NUL + value + NUL, so an empty value matches an empty
+// element (and an empty list), and a value holding a NUL can match two neighbouring elements; callers rely on
+// neither.
+bool IsInArrayUpper(std::u16string &value, const std::vector<std::u16string> &array);
+bool IsInArrayLower(std::u16string &value, const std::vector<std::u16string> &array);
+
+// Whether text reads as a number the way the original's run time decided it: blanks around it, an optional
+// sign, digits with at most one decimal point (at least one digit), an optional exponent "E" with optional
+// sign and digits; or "&H" with hexadecimal or "&O" with octal digits. The decimal point is ".".
+bool isNumericText(const std::u16string &text);
+
+} // namespace fleetwright

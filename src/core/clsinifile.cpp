@@ -1,0 +1,271 @@
+#include "core/clsinifile.h"
+
+#include "core/profiledocument.h"
+#include "platform/codepage.h"
+#include "platform/fileio.h"
+
+#include <filesystem>
+#include <utility>
+
+namespace fleetwright {
+
+namespace {
+
+constexpr std::size_t VALUE_LIMIT = 4095;
+
+// How far a file's time stamp may lag behind the write that set it. A file system that keeps nanoseconds
+// still stamps with a clock that ticks every few milliseconds; one that keeps whole seconds (FAT: two) may
+// give two writes of one second the same stamp.
+std::int64_t timestampGranularityNs(std::int64_t modifiedNs)
+{
+    return modifiedNs % 1'000'000'000 != 0 ? 20'000'000 : 2'000'000'000;
+}
+
+} // namespace
+
+// The parse of the file as it stood at a known identity. A write by anybody changes the identity, unless it
+// falls into the same tick of the file system's clock as the state we read: while the stamp is that young
+// the cache is "racy" and each call compares the file's bytes before it trusts the parse.
+struct clsIniFile::Cache
+{
+    std::filesystem::path file;
+    platform::FileIdentity identity;
+    std::int64_t readStartNs = 0;
+    std::string bytes;
+    ProfileDocument document;
+    bool loaded = false;
+    bool pending = false;        // edits of a batch not yet written
+    bool batchReadOnly = false;  // the file refused writes when the batch began its first one
+    bool batchChecked = false;
+    bool batchVerified = false;  // the parse was held against the file once inside the batch
+
+    bool racy() const
+    {
+        return identity.modifiedNs + timestampGranularityNs(identity.modifiedNs) >= readStartNs;
+    }
+};
+
+clsIniFile::clsIniFile()
+    : m_cache(std::make_unique<Cache>())
+{
+}
+
+clsIniFile::~clsIniFile()
+{
+    flush();
+}
+
+void clsIniFile::setPath(const std::u16string &path)
+{
+    if (path == m_path)
+        return;
+    flush();
+    m_path = path;
+    *m_cache = Cache {};
+    m_cache->file = std::filesystem::path(path);
+}
+
+ProfileDocument *clsIniFile::document()
+{
+    Cache &cache = *m_cache;
+    // Inside a batch the file is looked at once; from then on the batch's own edits are the truth.
+    if (cache.loaded && (cache.pending || (m_batchDepth > 0 && cache.batchVerified)))
+        return &cache.document;
+    cache.batchVerified = m_batchDepth > 0;
+    if (m_path.empty()) {
+        cache.document = ProfileDocument();
+        cache.loaded = false;
+        return &cache.document;
+    }
+    const std::int64_t start = platform::currentTimeNs();
+    const platform::FileIdentity identity = platform::fileIdentity(cache.file);
+    if (cache.loaded && identity == cache.identity && !cache.racy())
+        return &cache.document;
+    std::optional<std::string> bytes;
+    if (identity.exists)
+        bytes = platform::readWholeFile(cache.file);
+    if (!bytes) {
+        // Missing or unreadable: read as an empty file, and look again at the next call.
+        cache.document = ProfileDocument();
+        cache.bytes.clear();
+        cache.loaded = false;
+        return &cache.document;
+    }
+    if (!cache.loaded || *bytes != cache.bytes)
+        cache.document = ProfileDocument(*bytes);
+    cache.bytes = std::move(*bytes);
+    cache.identity = identity;
+    cache.readStartNs = start;
+    cache.loaded = true;
+    return &cache.document;
+}
+
+std::u16string clsIniFile::Value()
+{
+    const auto value = document()->value(platform::toCodePage(m_section), platform::toCodePage(m_key));
+    if (!value)
+        return {};
+    return platform::fromCodePage(std::string_view(*value).substr(0, VALUE_LIMIT));
+}
+
+void clsIniFile::setValue(std::u16string &value)
+{
+    std::erase(value, u'\0');
+    const std::string bytes = platform::toCodePage(value);
+    const std::string key = platform::toCodePage(m_key);
+    writeEntry(&key, &bytes);
+}
+
+void clsIniFile::setValue(const std::u16string &value)
+{
+    std::u16string copy = value;
+    setValue(copy);
+}
+
+void clsIniFile::setValue(std::nullptr_t)
+{
+    const std::string key = platform::toCodePage(m_key);
+    writeEntry(&key, nullptr);
+}
+
+void clsIniFile::DeleteKey()
+{
+    const std::string key = platform::toCodePage(m_key);
+    writeEntry(&key, nullptr);
+}
+
+void clsIniFile::DeleteSection()
+{
+    writeEntry(nullptr, nullptr);
+}
+
+void clsIniFile::setINISection(const std::u16string &)
+{
+    // A null key deletes the section whatever the string says.
+    writeEntry(nullptr, nullptr);
+}
+
+// One write call: key and value as the platform's write takes them, where a null key deletes the section
+// and a null value deletes the key.
+void clsIniFile::writeEntry(const std::string *key, const std::string *value)
+{
+    m_writeResult = 0;
+    if (m_path.empty())
+        return;
+    Cache &cache = *m_cache;
+    if (m_batchDepth > 0 && cache.batchChecked && cache.batchReadOnly)
+        return;
+    const bool readOnly = platform::isReadOnly(cache.file);
+    if (m_batchDepth > 0 && !cache.batchChecked) {
+        cache.batchChecked = true;
+        cache.batchReadOnly = readOnly;
+    }
+    if (readOnly)
+        return;
+    ProfileDocument *doc = document();
+    if (!doc->isWritable())
+        return;
+    const std::string section = platform::toCodePage(m_section);
+    bool changed;
+    if (!key)
+        changed = doc->deleteSection(section);
+    else if (!value)
+        changed = doc->deleteKey(section, *key);
+    else
+        changed = doc->writeValue(section, *key, *value);
+    if (!changed) {
+        m_writeResult = 1;
+        return;
+    }
+    cache.pending = true;
+    cache.loaded = true;
+    if (m_batchDepth == 0)
+        flush();
+    m_writeResult = cache.pending ? 0 : 1;
+}
+
+void clsIniFile::flush()
+{
+    Cache &cache = *m_cache;
+    if (!cache.pending)
+        return;
+    cache.pending = false;
+    const std::int64_t start = platform::currentTimeNs();
+    std::string bytes = cache.document.bytes();
+    if (!platform::replaceFileAtomically(cache.file, bytes)) {
+        // Lost without a word, as the platform's write loses it; the next read sees the file as it is.
+        cache.loaded = false;
+        cache.bytes.clear();
+        return;
+    }
+    cache.identity = platform::fileIdentity(cache.file);
+    cache.bytes = std::move(bytes);
+    cache.readStartNs = start;
+}
+
+std::u16string clsIniFile::INISection()
+{
+    return platform::fromCodePage(document()->keyNameList(platform::toCodePage(m_section)));
+}
+
+std::u16string clsIniFile::Sections()
+{
+    return platform::fromCodePage(document()->sectionNameList());
+}
+
+namespace {
+
+// Splits a NUL-separated list the way the original walk does: a name counts only when a NUL follows it.
+void splitList(const std::u16string &list, bool skipEmpty, std::vector<std::u16string> &names, std::int32_t &count)
+{
+    count = 0;
+    names.clear();
+    std::size_t pos = 0;
+    for (;;) {
+        const auto nul = list.find(u'\0', pos);
+        if (nul == std::u16string::npos)
+            return;
+        if (nul > pos || !skipEmpty) {
+            names.push_back(list.substr(pos, nul - pos));
+            ++count;
+        }
+        pos = nul + 1;
+    }
+}
+
+} // namespace
+
+void clsIniFile::EnumerateCurrentSection(std::vector<std::u16string> &names, std::int32_t &count)
+{
+    splitList(INISection(), false, names, count);
+}
+
+void clsIniFile::EnumerateAllSections(std::vector<std::u16string> &names, std::int32_t &count)
+{
+    splitList(Sections(), true, names, count);
+}
+
+clsIniFile::Batch::Batch(clsIniFile &ini)
+    : m_ini(&ini)
+{
+    ++m_ini->m_batchDepth;
+}
+
+clsIniFile::Batch::~Batch()
+{
+    commit();
+}
+
+void clsIniFile::Batch::commit()
+{
+    if (!m_ini)
+        return;
+    clsIniFile *ini = std::exchange(m_ini, nullptr);
+    if (--ini->m_batchDepth == 0) {
+        ini->m_cache->batchChecked = false;
+        ini->m_cache->batchVerified = false;
+        ini->flush();
+    }
+}
+
+} // namespace fleetwright
