@@ -1,11 +1,11 @@
 #include "core/clsinifile.h"
 
+#include <filesystem>
+#include <utility>
+
 #include "core/profiledocument.h"
 #include "platform/codepage.h"
 #include "platform/fileio.h"
-
-#include <filesystem>
-#include <utility>
 
 namespace fleetwright {
 
@@ -34,21 +34,17 @@ struct clsIniFile::Cache
     std::string bytes;
     ProfileDocument document;
     bool loaded = false;
-    bool pending = false;        // edits of a batch not yet written
-    bool batchReadOnly = false;  // the file refused writes when the batch began its first one
+    bool pending = false;       // edits of a batch not yet written
+    bool batchReadOnly = false; // the file refused writes when the batch began its first one
     bool batchChecked = false;
-    bool batchVerified = false;  // the parse was held against the file once inside the batch
+    bool batchVerified = false; // the parse was held against the file once inside the batch
 
-    bool racy() const
-    {
-        return identity.modifiedNs + timestampGranularityNs(identity.modifiedNs) >= readStartNs;
-    }
+    bool racy() const { return identity.modifiedNs + timestampGranularityNs(identity.modifiedNs) >= readStartNs; }
 };
 
 clsIniFile::clsIniFile()
     : m_cache(std::make_unique<Cache>())
-{
-}
+{}
 
 clsIniFile::~clsIniFile()
 {

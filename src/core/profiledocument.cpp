@@ -1,8 +1,8 @@
 #include "core/profiledocument.h"
 
-#include "platform/codepage.h"
-
 #include <utility>
+
+#include "platform/codepage.h"
 
 namespace fleetwright {
 
@@ -29,6 +29,20 @@ std::string_view cutAtNul(std::string_view text)
 {
     const auto nul = text.find('\0');
     return nul == std::string_view::npos ? text : text.substr(0, nul);
+}
+
+// Names passed in are taken as the platform's calls take them: up to a NUL, blanks and tabs around dropped.
+std::string_view passedName(std::string_view name)
+{
+    return trimBlanks(cutAtNul(name));
+}
+
+std::string joined(std::string_view a, std::string_view b, std::string_view c)
+{
+    std::string text;
+    text.reserve(a.size() + b.size() + c.size());
+    text.append(a).append(b).append(c);
+    return text;
 }
 
 bool equalsFolded(std::string_view a, std::string_view b)
@@ -182,7 +196,7 @@ void ProfileDocument::rebuildIndex()
 
 const ProfileDocument::Section *ProfileDocument::findSection(std::string_view section) const
 {
-    const auto it = m_firstSection.find(platform::foldUpper(cutAtNul(section)));
+    const auto it = m_firstSection.find(platform::foldUpper(passedName(section)));
     return it == m_firstSection.end() ? nullptr : &m_sections[it->second];
 }
 
@@ -206,7 +220,7 @@ std::optional<std::string> ProfileDocument::value(std::string_view section, std:
     const Section *found = findSection(section);
     if (!found)
         return std::nullopt;
-    const auto index = findKey(*found, cutAtNul(key));
+    const auto index = findKey(*found, passedName(key));
     if (index < 0)
         return std::nullopt;
     const std::string &text = found->lines[static_cast<std::size_t>(index)].text;
@@ -285,21 +299,20 @@ void ProfileDocument::reparseIfNeeded(const Line &written, LineKind kind, std::s
 
 bool ProfileDocument::writeValue(std::string_view section, std::string_view key, std::string_view value)
 {
-    section = cutAtNul(section);
-    key = cutAtNul(key);
+    section = passedName(section);
+    key = passedName(key);
     Section *found = findSection(section);
     if (!found) {
         endLastLine();
         Section added {true, {}};
-        added.lines.push_back(classify("[" + std::string(section) + "]", LineEnd::CrLf, false));
-        added.lines.push_back(classify(std::string(key) + "=" + std::string(value), LineEnd::CrLf, true));
+        added.lines.push_back(classify(joined("[", section, "]"), LineEnd::CrLf, false));
+        added.lines.push_back(classify(joined(key, "=", value), LineEnd::CrLf, true));
         const Line header = added.lines[0];
         const Line keyLine = added.lines[1];
         m_sections.push_back(std::move(added));
-        m_firstSection.try_emplace(platform::foldUpper(m_sections.back().lines.front().name()),
-                                   m_sections.size() - 1);
-        reparseIfNeeded(header, LineKind::Header, trimBlanks(section));
-        reparseIfNeeded(keyLine, LineKind::Key, trimBlanks(key));
+        m_firstSection.try_emplace(platform::foldUpper(m_sections.back().lines.front().name()), m_sections.size() - 1);
+        reparseIfNeeded(header, LineKind::Header, section);
+        reparseIfNeeded(keyLine, LineKind::Key, key);
         return true;
     }
     const auto index = findKey(*found, key);
@@ -323,10 +336,10 @@ bool ProfileDocument::writeValue(std::string_view section, std::string_view key,
     }
     if (found->lines[after].end == LineEnd::None)
         found->lines[after].end = LineEnd::CrLf;
-    Line added = classify(std::string(key) + "=" + std::string(value), LineEnd::CrLf, true);
-    const auto position = found->lines.insert(found->lines.begin() + static_cast<std::ptrdiff_t>(after) + 1,
-                                              std::move(added));
-    reparseIfNeeded(*position, LineKind::Key, trimBlanks(key));
+    Line added = classify(joined(key, "=", value), LineEnd::CrLf, true);
+    const auto position =
+        found->lines.insert(found->lines.begin() + static_cast<std::ptrdiff_t>(after) + 1, std::move(added));
+    reparseIfNeeded(*position, LineKind::Key, key);
     return true;
 }
 
@@ -335,7 +348,7 @@ bool ProfileDocument::deleteKey(std::string_view section, std::string_view key)
     Section *found = findSection(section);
     if (!found)
         return false;
-    const auto index = findKey(*found, cutAtNul(key));
+    const auto index = findKey(*found, passedName(key));
     if (index < 0)
         return false;
     found->lines.erase(found->lines.begin() + index);

@@ -74,7 +74,7 @@ private:
     };
     struct Section
     {
-        bool hasHeader = false; // false only for the lines ahead of the first header
+        bool hasHeader = false;  // false only for the lines ahead of the first header
         std::vector<Line> lines; // lines[0] is the header when there is one
     };
 

@@ -15,8 +15,7 @@ public:
         , m_number(number)
         , m_description(std::move(description))
         , m_procedure(std::move(procedure))
-    {
-    }
+    {}
 
     int number() const { return m_number; }
     const std::u16string &description() const { return m_description; }

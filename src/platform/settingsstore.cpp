@@ -127,7 +127,8 @@ std::optional<bool> decimalLiteral(std::u16string_view text)
         }
         if (negative)
             exponent = -exponent;
-        ascii += "e" + std::to_string(exponent);
+        ascii += 'e';
+        ascii += std::to_string(exponent);
     }
     if (!nonZero)
         return false;

@@ -1,11 +1,11 @@
+#include <filesystem>
+#include <string>
+#include <vector>
+
 #include <gtest/gtest.h>
 
 #include "core/clsinifile.h"
 #include "support/tempdir.h"
-
-#include <filesystem>
-#include <string>
-#include <vector>
 
 using fleetwright::clsIniFile;
 using fleetwright::test::readBytes;
@@ -208,13 +208,15 @@ TEST_F(ProfileFile, NewKeysGoBehindTheLastKeyOfTheirSection)
     create("[fltsim.0]\r\ntitle=a\r\n; trailing comment\r\n\r\n[fltsim.1]\r\ntitle=b");
     write(u"fltsim.0", u"sim", u"c172");
     write(u"fltsim.0", u"model", u"");
-    EXPECT_EQ(bytes(), "[fltsim.0]\r\ntitle=a\r\nsim=c172\r\nmodel=\r\n; trailing comment\r\n\r\n"
-                       "[fltsim.1]\r\ntitle=b");
+    EXPECT_EQ(bytes(),
+              "[fltsim.0]\r\ntitle=a\r\nsim=c172\r\nmodel=\r\n; trailing comment\r\n\r\n"
+              "[fltsim.1]\r\ntitle=b");
 
     // The last line has no line end of its own; the new line after it needs one.
     write(u"fltsim.1", u"sim", u"x");
-    EXPECT_EQ(bytes(), "[fltsim.0]\r\ntitle=a\r\nsim=c172\r\nmodel=\r\n; trailing comment\r\n\r\n"
-                       "[fltsim.1]\r\ntitle=b\r\nsim=x\r\n");
+    EXPECT_EQ(bytes(),
+              "[fltsim.0]\r\ntitle=a\r\nsim=c172\r\nmodel=\r\n; trailing comment\r\n\r\n"
+              "[fltsim.1]\r\ntitle=b\r\nsim=x\r\n");
 }
 
 TEST_F(ProfileFile, NewSectionIsAppendedAndMissingFileCreated)
@@ -259,8 +261,9 @@ TEST_F(ProfileFile, DeletesRemoveTheirLinesAndNothingElse)
     ini.setSection(u"fltsim.0");
     ini.setKey(u"TITLE");
     ini.DeleteKey();
-    EXPECT_EQ(bytes(), "// header comment\r\n[fltsim.0]\r\n\r\n; about 1\r\n"
-                       "[fltsim.1]\r\ntitle=b\r\n; c\r\n\r\nsim=x\r\n[General]\r\natc_type=y\r\n");
+    EXPECT_EQ(bytes(),
+              "// header comment\r\n[fltsim.0]\r\n\r\n; about 1\r\n"
+              "[fltsim.1]\r\ntitle=b\r\n; c\r\n\r\nsim=x\r\n[General]\r\natc_type=y\r\n");
 
     ini.setSection(u"FLTSIM.1");
     ini.DeleteSection();
@@ -284,7 +287,9 @@ TEST_F(ProfileFile, WritesAreWindows1252WithCrLf)
 {
     create("[a]\nk=v\n");
     write(u"a", u"title", u"Caf\u00e9 \u20ac5 \u4e2d");
-    EXPECT_EQ(bytes(), "[a]\nk=v\ntitle=Caf\xE9 \x80" "5 ?\r\n");
+    EXPECT_EQ(bytes(),
+              "[a]\nk=v\ntitle=Caf\xE9 \x80"
+              "5 ?\r\n");
     EXPECT_EQ(read(u"a", u"title"), u"Caf\u00e9 \u20ac5 ?");
 
     // NULs are cut out of the caller's own string before the write.
@@ -394,8 +399,7 @@ TEST_F(ProfileFile, BatchStoppedHalfWayStillWritesWhatWasDone)
         }
         EXPECT_EQ(bytes(), "[a]\r\nk=1\r\n");
         throw std::runtime_error("stop");
-    } catch (const std::runtime_error &) {
-    }
+    } catch (const std::runtime_error &) {}
     EXPECT_EQ(bytes(), "[a]\r\nk=2\r\nn=3\r\n");
 }
 
@@ -441,6 +445,19 @@ TEST_F(ProfileFile, OddKeyNamesAreWrittenAsTheFileWillReadThem)
     write(u"a", u"x", u"2\r\n[c]");
     EXPECT_EQ(sections(), (Names {u"a", u"c", u"b"}));
     EXPECT_EQ(read(u"a", u"x"), u"2");
+}
+
+TEST_F(ProfileFile, PassedNamesLoseTheirBlanksAndTabs)
+{
+    create("[fltsim.0]\r\ntitle=a\r\n");
+    EXPECT_EQ(read(u" fltsim.0\t", u"\ttitle "), u"a");
+    write(u" fltsim.0 ", u" title ", u"b");
+    write(u"\tnew ", u" k", u"c");
+    EXPECT_EQ(bytes(), "[fltsim.0]\r\ntitle=b\r\n[new]\r\nk=c\r\n");
+    ini.setSection(u" new ");
+    ini.setKey(u"k ");
+    ini.setValue(nullptr);
+    EXPECT_EQ(bytes(), "[fltsim.0]\r\ntitle=b\r\n[new]\r\n");
 }
 
 TEST_F(ProfileFile, BatchLooksAtTheFileOnceAtItsFirstCall)

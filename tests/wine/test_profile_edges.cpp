@@ -125,6 +125,21 @@ TEST(ProfileReference, QuotedValuesReadAlikeAndWriteBackBare)
     }
 }
 
+TEST(ProfileReference, PassedNamesAreTrimmedAlike)
+{
+    TempDir dir;
+    ProfilePair pair(dir.path(), "trimmed", "[fltsim.0]\r\ntitle=a\r\n");
+    EXPECT_EQ(pair.ours().value(" fltsim.0\t", "\ttitle "), "a");
+    EXPECT_EQ(pair.theirs().value(" fltsim.0\t", "\ttitle "), "a");
+    pair.ours().writeValue(" fltsim.0 ", " title ", "b");
+    pair.theirs().writeValue(" fltsim.0 ", " title ", "b");
+    pair.ours().writeValue(" new ", " k ", "c");
+    pair.theirs().writeValue(" new ", " k ", "c");
+    EXPECT_EQ(readBytes(pair.oursFile()), "[fltsim.0]\r\ntitle=b\r\n[new]\r\nk=c\r\n");
+    const std::string differences = pair.differences();
+    EXPECT_TRUE(differences.empty()) << differences;
+}
+
 TEST(ProfileReference, MissingFilesAndFoldersAlike)
 {
     TempDir dir;

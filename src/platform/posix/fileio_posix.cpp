@@ -1,3 +1,5 @@
+#include "platform/fileio.h"
+
 #include <atomic>
 #include <cerrno>
 #include <ctime>
@@ -5,8 +7,6 @@
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include "platform/fileio.h"
 
 namespace fleetwright::platform {
 

@@ -1,10 +1,10 @@
 // Lookups on file systems that tell case apart: every component is searched the way Windows would find it.
+#include "platform/filelookup.h"
+
 #include <algorithm>
 #include <system_error>
 #include <utility>
 #include <vector>
-
-#include "platform/filelookup.h"
 
 namespace fleetwright::platform {
 

@@ -1,10 +1,10 @@
+#include "platform/regional.h"
+
 #include <ctime>
 #include <iomanip>
 #include <locale>
 #include <sstream>
 #include <stdexcept>
-
-#include "platform/regional.h"
 
 namespace fleetwright::platform {
 

@@ -1,6 +1,8 @@
 // The settings store as a small INI file. Characters that would break the line format are written as %XX:
 // a line end or "%" anywhere, and in a key also "=", a leading "[", ";" or "#" and blanks at either end, in
 // a value blanks at either end (so that "ToolTips = 1", written by hand, reads as "1").
+#include "platform/settingsstore.h"
+
 #include <cstdlib>
 #include <filesystem>
 #include <optional>
@@ -13,7 +15,6 @@
 
 #include "platform/fileio.h"
 #include "platform/filelookup.h"
-#include "platform/settingsstore.h"
 #include "platform/utf8.h"
 
 namespace fleetwright::platform {

@@ -1,4 +1,6 @@
 // Desktop integration through the freedesktop.org tools (xdg-open, xdg-mime, gtk-launch).
+#include "platform/shell.h"
+
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
@@ -11,7 +13,6 @@
 #include <unistd.h>
 #include <vector>
 
-#include "platform/shell.h"
 #include "platform/utf8.h"
 
 extern char **environ;

@@ -1,6 +1,7 @@
+#include "platform/tempfolder.h"
+
 #include <cstdlib>
 
-#include "platform/tempfolder.h"
 #include "platform/utf8.h"
 
 namespace fleetwright::platform {

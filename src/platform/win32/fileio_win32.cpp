@@ -1,8 +1,8 @@
+#include "platform/fileio.h"
+
 #include <atomic>
 #include <string>
 #include <windows.h>
-
-#include "platform/fileio.h"
 
 namespace fleetwright::platform {
 

@@ -1,7 +1,7 @@
 // On Windows the file system applies the wildcard rules and ignores case itself.
-#include <windows.h>
-
 #include "platform/filelookup.h"
+
+#include <windows.h>
 
 namespace fleetwright::platform {
 

@@ -1,7 +1,7 @@
+#include "platform/regional.h"
+
 #include <cwchar>
 #include <windows.h>
-
-#include "platform/regional.h"
 
 namespace fleetwright::platform {
 

@@ -1,6 +1,6 @@
-#include <windows.h>
-
 #include "platform/settingsstore.h"
+
+#include <windows.h>
 
 namespace fleetwright::platform {
 

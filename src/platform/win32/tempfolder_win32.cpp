@@ -1,6 +1,6 @@
-#include <windows.h>
-
 #include "platform/tempfolder.h"
+
+#include <windows.h>
 
 namespace fleetwright::platform {
 
