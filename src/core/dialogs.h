@@ -26,6 +26,11 @@ public:
     virtual void critical(const std::u16string &text, const std::u16string &title) = 0;
     // OK button and no symbol: the common error box.
     virtual void plain(const std::u16string &text, const std::u16string &title) = 0;
+    // OK button with the exclamation symbol: warnings such as a search that found nothing.
+    virtual void exclamation(const std::u16string &text, const std::u16string &title) = 0;
+    // Yes, No and Cancel with the exclamation symbol, answered with the platform's codes: 6 Yes, 7 No,
+    // 2 Cancel (also for a box closed without a button).
+    virtual int yesNoCancel(const std::u16string &text, const std::u16string &title) = 0;
     // Three buttons carrying the caller's labels, with the question symbol. 1, 2 or 3 for the button
     // pressed, 0 when the box was closed without one.
     virtual int threeButtonQuestion(const std::u16string &text, const std::u16string &title,
@@ -34,6 +39,9 @@ public:
     // A file to open, chosen under title in initialFolder. filter is "Text Files (*.txt)|*.txt|All Files
     // (*.*)|*.*": pairs of a description and its patterns. Nothing when the user cancels.
     virtual std::optional<std::u16string> openFile(const std::u16string &title, const std::u16string &filter,
+                                                   const std::u16string &initialFolder) = 0;
+    // A file to save to, chosen as openFile chooses one; the dialog itself asks before replacing a file.
+    virtual std::optional<std::u16string> saveFile(const std::u16string &title, const std::u16string &filter,
                                                    const std::u16string &initialFolder) = 0;
     // A line of text, offered with defaultText. Nothing when the user cancels; an empty text is an answer.
     virtual std::optional<std::u16string> inputBox(const std::u16string &prompt, const std::u16string &title,
@@ -49,6 +57,9 @@ enum class DialogKind
     ThreeButtonQuestion,
     OpenFile,
     InputBox,
+    Exclamation,
+    YesNoCancel,
+    SaveFile,
 };
 
 // One box as it was shown. text is the message or prompt (the filter for openFile); details holds the
@@ -75,7 +86,7 @@ public:
         , m_sink(std::move(sink))
     {}
 
-    // The button that a three-button question gets; 0 (closed) unless set.
+    // The button that a three-button question gets; 0 (closed) unless set. A Yes/No/Cancel box gets Cancel.
     void setButton(int button) { m_button = button; }
     const std::vector<DialogRecord> &messages() const { return m_messages; }
 
@@ -96,6 +107,15 @@ public:
     {
         deliver({DialogKind::Plain, title, text});
     }
+    void exclamation(const std::u16string &text, const std::u16string &title) override
+    {
+        deliver({DialogKind::Exclamation, title, text});
+    }
+    int yesNoCancel(const std::u16string &text, const std::u16string &title) override
+    {
+        deliver({DialogKind::YesNoCancel, title, text});
+        return 2;
+    }
     int threeButtonQuestion(const std::u16string &text, const std::u16string &title, const std::u16string &first,
                             const std::u16string &second, const std::u16string &third) override
     {
@@ -106,6 +126,12 @@ public:
                                            const std::u16string &initialFolder) override
     {
         deliver({DialogKind::OpenFile, title, filter, {initialFolder}});
+        return std::nullopt;
+    }
+    std::optional<std::u16string> saveFile(const std::u16string &title, const std::u16string &filter,
+                                           const std::u16string &initialFolder) override
+    {
+        deliver({DialogKind::SaveFile, title, filter, {initialFolder}});
         return std::nullopt;
     }
     std::optional<std::u16string> inputBox(const std::u16string &prompt, const std::u16string &title,

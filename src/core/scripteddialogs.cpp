@@ -17,6 +17,16 @@ void ScriptedDialogs::pushButton(int button)
     m_answers.push_back({DialogKind::ThreeButtonQuestion, false, button, std::nullopt});
 }
 
+void ScriptedDialogs::pushYesNoCancel(int answer)
+{
+    m_answers.push_back({DialogKind::YesNoCancel, false, answer, std::nullopt});
+}
+
+void ScriptedDialogs::pushSaveFile(std::optional<std::u16string> file)
+{
+    m_answers.push_back({DialogKind::SaveFile, false, 0, std::move(file)});
+}
+
 void ScriptedDialogs::pushFile(std::optional<std::u16string> file)
 {
     m_answers.push_back({DialogKind::OpenFile, false, 0, std::move(file)});
@@ -67,6 +77,16 @@ void ScriptedDialogs::plain(const std::u16string &text, const std::u16string &ti
     m_records.push_back({DialogKind::Plain, title, text});
 }
 
+void ScriptedDialogs::exclamation(const std::u16string &text, const std::u16string &title)
+{
+    m_records.push_back({DialogKind::Exclamation, title, text});
+}
+
+int ScriptedDialogs::yesNoCancel(const std::u16string &text, const std::u16string &title)
+{
+    return take({DialogKind::YesNoCancel, title, text}).button;
+}
+
 int ScriptedDialogs::threeButtonQuestion(const std::u16string &text, const std::u16string &title,
                                          const std::u16string &first, const std::u16string &second,
                                          const std::u16string &third)
@@ -78,6 +98,12 @@ std::optional<std::u16string> ScriptedDialogs::openFile(const std::u16string &ti
                                                         const std::u16string &initialFolder)
 {
     return take({DialogKind::OpenFile, title, filter, {initialFolder}}).text;
+}
+
+std::optional<std::u16string> ScriptedDialogs::saveFile(const std::u16string &title, const std::u16string &filter,
+                                                        const std::u16string &initialFolder)
+{
+    return take({DialogKind::SaveFile, title, filter, {initialFolder}}).text;
 }
 
 std::optional<std::u16string> ScriptedDialogs::inputBox(const std::u16string &prompt, const std::u16string &title,
@@ -103,6 +129,12 @@ const char *dialogKindName(DialogKind kind)
         return "open-file dialog";
     case DialogKind::InputBox:
         return "input box";
+    case DialogKind::Exclamation:
+        return "exclamation box";
+    case DialogKind::YesNoCancel:
+        return "yes/no/cancel question";
+    case DialogKind::SaveFile:
+        return "save-file dialog";
     }
     return "box";
 }

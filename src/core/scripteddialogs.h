@@ -27,8 +27,12 @@ public:
     void pushAnswer(bool yes);
     // 1, 2 or 3 for a button, 0 for a box closed without one.
     void pushButton(int button);
+    // 6 Yes, 7 No or 2 Cancel for a Yes/No/Cancel box.
+    void pushYesNoCancel(int answer);
     // A chosen file, or nothing for Cancel.
     void pushFile(std::optional<std::u16string> file);
+    // A file chosen to save to, or nothing for Cancel.
+    void pushSaveFile(std::optional<std::u16string> file);
     // An entered text, or nothing for Cancel.
     void pushInput(std::optional<std::u16string> text);
 
@@ -40,9 +44,13 @@ public:
     void information(const std::u16string &text, const std::u16string &title) override;
     void critical(const std::u16string &text, const std::u16string &title) override;
     void plain(const std::u16string &text, const std::u16string &title) override;
+    void exclamation(const std::u16string &text, const std::u16string &title) override;
+    int yesNoCancel(const std::u16string &text, const std::u16string &title) override;
     int threeButtonQuestion(const std::u16string &text, const std::u16string &title, const std::u16string &first,
                             const std::u16string &second, const std::u16string &third) override;
     std::optional<std::u16string> openFile(const std::u16string &title, const std::u16string &filter,
+                                           const std::u16string &initialFolder) override;
+    std::optional<std::u16string> saveFile(const std::u16string &title, const std::u16string &filter,
                                            const std::u16string &initialFolder) override;
     std::optional<std::u16string> inputBox(const std::u16string &prompt, const std::u16string &title,
                                            const std::u16string &defaultText) override;

@@ -20,7 +20,9 @@ TEST(ScriptedDialogs, AnswersInOrderAndRecordsEveryBox)
     dialogs.pushFile(std::nullopt);
     dialogs.pushInput(u"");
     dialogs.pushInput(std::nullopt);
-    EXPECT_EQ(dialogs.pendingAnswers(), 6u);
+    dialogs.pushYesNoCancel(2);
+    dialogs.pushSaveFile(u"C:\\new.txt");
+    EXPECT_EQ(dialogs.pendingAnswers(), 8u);
 
     EXPECT_TRUE(dialogs.question(u"Are you sure?", u""));
     dialogs.information(u"Report written.", u"Validate");
@@ -31,6 +33,9 @@ TEST(ScriptedDialogs, AnswersInOrderAndRecordsEveryBox)
     EXPECT_EQ(dialogs.inputBox(u"Enter the text to find.", u"Find Text", u"old"), u"");
     EXPECT_EQ(dialogs.inputBox(u"Enter the text to find.", u"Find Text", u""), std::nullopt);
     dialogs.plain(u"A runtime error has occured", u"");
+    EXPECT_EQ(dialogs.yesNoCancel(u"You have changed this text. Do you want to save it?", u""), 2);
+    EXPECT_EQ(dialogs.saveFile(u"Save File", u"All Files (*.*)|*.*", u""), u"C:\\new.txt");
+    dialogs.exclamation(u"Search text was not found.", u"Find Text");
     EXPECT_EQ(dialogs.pendingAnswers(), 0u);
 
     const std::vector<DialogRecord> expected = {
@@ -43,6 +48,9 @@ TEST(ScriptedDialogs, AnswersInOrderAndRecordsEveryBox)
         {DialogKind::InputBox, u"Find Text", u"Enter the text to find.", {u"old"}},
         {DialogKind::InputBox, u"Find Text", u"Enter the text to find.", {u""}},
         {DialogKind::Plain, u"", u"A runtime error has occured"},
+        {DialogKind::YesNoCancel, u"", u"You have changed this text. Do you want to save it?"},
+        {DialogKind::SaveFile, u"Save File", u"All Files (*.*)|*.*", {u""}},
+        {DialogKind::Exclamation, u"Find Text", u"Search text was not found."},
     };
     EXPECT_EQ(dialogs.records(), expected);
 }
