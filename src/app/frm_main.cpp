@@ -1,24 +1,404 @@
 #include "frm_main.h"
 
-#include "gui/textconvert.h"
+#include <QAction>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QDir>
+#include <QEvent>
+#include <QFont>
+#include <QHeaderView>
+#include <QListWidget>
+#include <QMenuBar>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QStorageInfo>
+#include <QStyle>
+#include <QTabWidget>
+#include <QTreeWidget>
+
+#include "app/gui/folderwidgets.h"
+#include "app/gui/qtdialogs.h"
+#include "app/gui/statusbarpanels.h"
+#include "app/gui/textconvert.h"
+#include "app/programstate.h"
+#include "app/simulatorenvironment.h"
+#include "app/startupsettings.h"
+#include "core/errorbox.h"
+#include "core/runtimeerror.h"
+#include "platform/filelookup.h"
+#include "platform/regional.h"
+#include "platform/settingsstore.h"
+#include "platform/shell.h"
+#include "platform/simulatorregistry.h"
+#include "support/frm_texteditor.h"
+#include "support/tooltips.h"
 #include "support/windowtitle.h"
-#include "ui_frm_main.h"
 
-frm_Main::frm_Main(QWidget *parent)
-    : QMainWindow(parent)
-    , m_ui(std::make_unique<Ui::frm_Main>())
+using fleetwright::programState;
+using fleetwright::RuntimeError;
+
+namespace {
+
+// The maker's web page that the Help menu opens.
+constexpr char16_t MAKER_WEB_PAGE[] = u"https://fleetwright.corvane.example/";
+
+constexpr int GRID_COLUMNS = 17;
+
+std::u16string programFolder()
 {
-    m_ui->setupUi(this);
-    // The designer's caption is the start of the title; the version and the maker's line follow it.
-    setWindowTitle(toQString(fleetwright::windowTitle(toU16String(windowTitle()))));
+    return toU16String(QDir::toNativeSeparators(QCoreApplication::applicationDirPath()));
+}
 
-    connect(m_ui->mnuQuit, &QAction::triggered, this, &frm_Main::mnuQuit_Click);
+} // namespace
+
+frm_Main::frm_Main(fleetwright::Dialogs *dialogs, QWidget *parent)
+    : QMainWindow(parent)
+    , m_settings(std::make_unique<fleetwright::platform::SettingsStore>())
+{
+    if (!dialogs) {
+        m_ownDialogs = std::make_unique<QtDialogs>(this);
+        dialogs = m_ownDialogs.get();
+    }
+    m_dialogs = dialogs;
+    setObjectName(QStringLiteral("frm_Main"));
+    setWindowTitle(QStringLiteral("Fleetwright"));
+    m_c = buildMainForm(this);
+    connectMenus();
+    Form_Load();
 }
 
 frm_Main::~frm_Main() = default;
 
-// Every edit has been written when it was made and every setting when it changed: nothing to ask or save.
+void frm_Main::connectMenus()
+{
+    connectToggle(m_c.mnuToolTips, &programState().ToolTipsOn, u"ToolTips");
+    connectToggle(m_c.mnuRememberLastPath, &programState().RememberFolderOn, u"IsZandor");
+    connectToggle(m_c.mnuAutoBackup, &AutoBackupOn, u"AutoBackup");
+    connectToggle(m_c.mnuConfirm, &ConfirmUpdates, u"Update");
+    connectToggle(m_c.mnu_AutoUpdate, &AutoUpdateOn, u"AutoUpdate");
+    connectToggle(m_c.mnuEditor, &programState().InternalEditorOn, u"Editor");
+    connectToggle(m_c.mnuResizable, &ResizableOn, u"Resizeable");
+    connect(m_c.mnuResizable, &QAction::triggered, this, &frm_Main::mnuResizable_Click);
+    connect(m_c.mnuCFG, &QAction::triggered, this, &frm_Main::mnuCFG_Click);
+    connect(m_c.mnuQuit, &QAction::triggered, this, &frm_Main::mnuQuit_Click);
+    connect(m_c.mnu_Manual, &QAction::triggered, this, &frm_Main::mnu_Manual_Click);
+    connect(m_c.Corvane, &QAction::triggered, this, &frm_Main::Corvane_Click);
+    connect(m_c.StatusBar1, &StatusBarPanels::panelDoubleClicked, this, &frm_Main::StatusBar1_PanelDblClick);
+    connect(m_c.Dir1, &DirListBox::Change, this, &frm_Main::Dir1_Change);
+}
+
+// One rule for every toggle: the item's check mark flips, the flag follows it, and the setting is saved at
+// once as "1" or "0". Qt flips a checkable item before it signals; the menu's own check mark is the state.
+void frm_Main::connectToggle(QAction *item, bool *flag, const char16_t *settingName)
+{
+    item->setCheckable(true);
+    connect(item, &QAction::triggered, this, [this, item, flag, settingName](bool checked) {
+        item->setChecked(checked);
+        *flag = checked;
+        m_settings->SaveSetting(settingName, checked ? u"1" : u"0");
+    });
+}
+
+void frm_Main::Form_Load()
+{
+    auto &global = programState();
+    global.TempFolder = fleetwright::computeTempFolder();
+
+    try {
+        setWindowIcon(QApplication::windowIcon());
+        QFont panelFont(QStringLiteral("Arial"), 10);
+        panelFont.setBold(true);
+        m_c.StatusBar1->setFont(panelFont);
+
+        const fleetwright::platform::SimulatorRegistry registry;
+        RegistryPrefix = registry.Is64BitOS() ? u"SOFTWARE\\Wow6432Node\\Microsoft\\" : u"SOFTWARE\\Microsoft\\";
+
+        global.AnalyzeOptionsText = fleetwright::loadAnalyzeOptions(*m_settings);
+
+        const fleetwright::StartFlags flags = fleetwright::readStartFlags(*m_settings);
+        m_c.mnuToolTips->setChecked(flags.ToolTipsOn);
+        m_c.mnuRememberLastPath->setChecked(flags.RememberFolderOn);
+        global.RememberFolderOn = m_c.mnuRememberLastPath->isChecked();
+        global.ToolTipsOn = m_c.mnuToolTips->isChecked();
+
+        global.AnalyzeOptionList = fleetwright::splitList(global.AnalyzeOptionsText);
+        global.EditorMode = 0;
+        LoadGuard = true;
+        global.BatchRunning = false;
+
+        SetUpToolTips(this, global.ToolTipsOn);
+
+        const int frame = style()->pixelMetric(QStyle::PM_DefaultFrameWidth, nullptr, this);
+        BorderTwipsX = frame * 15;
+        BorderTwipsY = frame * 15;
+
+        setWindowTitle(toQString(fleetwright::windowTitle(toU16String(windowTitle()))));
+
+        detectSimulators(registry);
+    } catch (const RuntimeError &error) {
+        RuntimeError named = error;
+        named.setProcedure(u"Form_Load");
+        fleetwright::showCommonError(*m_dialogs, named);
+        return;
+    }
+
+    // From here on a failure skips its statement and start-up goes on.
+    const auto skipped = [](auto &&step) {
+        try {
+            step();
+        } catch (const std::exception &) {}
+    };
+    skipped([this] { setUpGrid(); });
+    skipped([this] { DecimalSeparator = fleetwright::platform::DecimalSeparatorChar(); });
+    skipped([this] {
+        m_c.lstParking->hide();
+        m_c.lstParking->clear();
+        for (const char *type : {"CARGO", "DOCK", "GATE", "MIL_CARGO", "MIL_COMBAT", "RAMP"})
+            m_c.lstParking->addItem(QString::fromLatin1(type));
+    });
+    applyStartSettings();
+    skipped([this] { hideColumnsFromDataGrid(); });
+    skipped([this] { moveToStartingFolder(); });
+    EventsEnabled = true;
+    m_c.SSTab1->setCurrentIndex(0);
+    skipped([this] { attachManual(); });
+}
+
+// Each option is read on its own: a stored value that is no boolean leaves its item as designed, unchecked,
+// and the flag follows the item all the same.
+void frm_Main::applyStartSettings()
+{
+    const fleetwright::OptionFlags options = fleetwright::readOptionFlags(*m_settings);
+    const auto apply = [](QAction *item, bool *flag, std::optional<bool> stored) {
+        if (stored)
+            item->setChecked(*stored);
+        *flag = item->isChecked();
+    };
+    apply(m_c.mnuAutoBackup, &AutoBackupOn, options.AutoBackupOn);
+    apply(m_c.mnuConfirm, &ConfirmUpdates, options.ConfirmUpdates);
+    apply(m_c.mnuEditor, &programState().InternalEditorOn, options.InternalEditorOn);
+    apply(m_c.mnuResizable, &ResizableOn, options.ResizableOn);
+    if (ResizableOn)
+        toggleResizableStyle();
+}
+
+void frm_Main::detectSimulators(const fleetwright::platform::SimulatorRegistry &registry)
+{
+    const auto found = fleetwright::SimulatorEnvironment::detect(
+        registry, RegistryPrefix, registry.GetSpecialFolder(fleetwright::platform::APPDATA_FOLDER));
+    auto &global = programState();
+    Fs9AircraftRoot = found.Fs9AircraftRoot;
+    FsxSimObjectsRoot = found.FsxSimObjectsRoot;
+    FsxCfgPath = found.FsxCfgPath;
+    SimFolderPaths = found.SimFolderPaths;
+    global.Fs9Found = found.Fs9Found;
+    global.FsxFound = found.FsxFound;
+    global.Fs9AirlinesPath = found.Fs9AirlinesPath;
+    global.FsxAirlinesPath = found.FsxAirlinesPath;
+    global.Fs9Airlines = found.Fs9Airlines;
+    global.FsxAirlines = found.FsxAirlines;
+    global.Fs9EffectsFolder = found.Fs9EffectsFolder;
+    global.FsxEffectsFolder = found.FsxEffectsFolder;
+
+    for (const auto &paint : found.panelPaints) {
+        if (paint.clearTextFirst)
+            m_c.StatusBar1->setPanelText(paint.panel, QString());
+        PaintStatusPanel(paint.panel, toQString(paint.text), paint.colour);
+    }
+    // The option buttons' clicks do nothing while LoadGuard is on.
+    if (found.fsxOptionEnabled)
+        m_c.opt_FSX->setEnabled(true);
+    if (found.fsxOptionSelected)
+        m_c.opt_FSX->setChecked(true);
+    m_c.combo_SimFolder->clear();
+    for (const auto &entry : found.simFolderEntries)
+        m_c.combo_SimFolder->addItem(toQString(entry));
+    if (found.simFolderEnabled)
+        m_c.combo_SimFolder->setEnabled(*found.simFolderEnabled);
+    if (found.fs9OptionEnabled)
+        m_c.opt_FS9->setEnabled(true);
+    if (found.fs9OptionSelected)
+        m_c.opt_FS9->setChecked(true);
+}
+
+void frm_Main::setUpGrid()
+{
+    QTreeWidget *grid = m_c.ListView1;
+    grid->setRootIsDecorated(false);
+    grid->setSortingEnabled(false);
+    const int width = std::max(grid->viewport()->width(), grid->width()) / 8;
+    for (int column = 0; column < GRID_COLUMNS; ++column)
+        grid->setColumnWidth(column, width);
+}
+
+void frm_Main::hideColumnsFromDataGrid()
+{
+    programState().DataGridOptions = fleetwright::readSetting(*m_settings, u"DataGrid");
+    // Columns past the grid's last are not there; their errors are skipped.
+    for (const int column : fleetwright::hiddenGridColumns(programState().DataGridOptions).columns)
+        m_c.ListView1->setColumnWidth(column - 1, 0);
+}
+
+void frm_Main::moveToStartingFolder()
+{
+    const fleetwright::StartingFolder start = fleetwright::startingFolder(
+        programState().RememberFolderOn, fleetwright::readSetting(*m_settings, u"Path"), programFolder());
+    LoadGuard = false;
+    if (!start.changeFolder)
+        return;
+    LoadGuard = start.loadGuardWhileDriveChanges;
+    // Off Windows a folder has no drive letter: the drive is the volume the folder is on.
+#ifdef Q_OS_WIN
+    m_c.Drive1->setDrive(toQString(start.drive));
+#else
+    m_c.Drive1->setDrive(toQString(start.folder));
+#endif
+    LoadGuard = false;
+    m_c.Dir1->setPath(toQString(start.folder));
+}
+
+void frm_Main::attachManual()
+{
+    const auto manual = fleetwright::findManual(programFolder());
+    if (!manual) {
+        m_c.mnu_Manual->setEnabled(false);
+        return;
+    }
+    ManualFilePath = manual->ManualFilePath;
+    // Without a program that opens it, the manual cannot be shown.
+    if (const auto viewer = fleetwright::platform::Shell::findExecutable(ManualFilePath))
+        PdfViewerPath = *viewer;
+    else
+        m_c.mnu_Manual->setEnabled(false);
+}
+
+void frm_Main::PaintStatusPanel(int panel, const QString &text, fleetwright::PanelColour colour)
+{
+    using fleetwright::PanelColour;
+    QColor background = StatusBarPanels::grey();
+    if (colour == PanelColour::Green)
+        background = StatusBarPanels::green();
+    else if (colour == PanelColour::Red)
+        background = StatusBarPanels::red();
+    m_c.StatusBar1->paintPanel(panel, text, background);
+}
+
+// The sizing frame is switched, not set: the style bits are combined by exclusive-or in both directions.
+void frm_Main::toggleResizableStyle()
+{
+    m_resizableStyle = !m_resizableStyle;
+    if (m_resizableStyle) {
+        setMinimumSize(0, 0);
+        setMaximumSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
+        setWindowFlag(Qt::WindowMinMaxButtonsHint, true);
+    } else {
+        setFixedSize(size());
+        setWindowFlag(Qt::WindowMaximizeButtonHint, false);
+    }
+    // Changing the flags hides a shown window; the frame is redrawn by showing it again.
+    if (isVisible() || testAttribute(Qt::WA_WState_ExplicitShowHide))
+        show();
+}
+
+void frm_Main::mnuResizable_Click()
+{
+    toggleResizableStyle();
+}
+
+void frm_Main::mnuCFG_Click()
+{
+    if (m_c.ListView1->topLevelItemCount() == 0) {
+        m_dialogs->critical(u"No aircraft.cfg file found in this folder. Exiting here...", u"");
+        return;
+    }
+    programState().EditorFile = m_aircraftIni.path();
+    if (programState().InternalEditorOn) {
+        programState().EditorMode = 3;
+        showTextEditor(this, *m_dialogs);
+    } else {
+        fleetwright::platform::Shell::openInPlainEditor(programState().EditorFile);
+    }
+}
+
+void frm_Main::openAirlinesFile(bool fsx)
+{
+    auto &global = programState();
+    if (!(fsx ? global.FsxFound : global.Fs9Found))
+        return;
+    if (global.InternalEditorOn) {
+        global.EditorMode = fsx ? 2 : 1;
+        showTextEditor(this, *m_dialogs);
+    } else {
+        fleetwright::platform::Shell::openInPlainEditor(fsx ? global.FsxAirlinesPath : global.Fs9AirlinesPath);
+    }
+}
+
+void frm_Main::StatusBar1_PanelDblClick(int panel)
+{
+    try {
+        if (panel == 3)
+            openAirlinesFile(false);
+        else if (panel == 6)
+            openAirlinesFile(true);
+        // Panel 9 starts a validation, which comes with the validation itself.
+    } catch (const RuntimeError &error) {
+        // The box names the start-up routine, as it always has.
+        RuntimeError named = error;
+        named.setProcedure(u"Form_Load");
+        fleetwright::showCommonError(*m_dialogs, named);
+    }
+}
+
+void frm_Main::mnu_Manual_Click()
+{
+    fleetwright::platform::Shell::open(ManualFilePath);
+}
+
+void frm_Main::OpenURL(const std::u16string &url)
+{
+    fleetwright::platform::Shell::open(url);
+}
+
+void frm_Main::Corvane_Click()
+{
+    OpenURL(MAKER_WEB_PAGE);
+}
+
+// The folder load behind the folder browser comes with the folder view; until then moving the browser only
+// shows the folder.
+void frm_Main::Dir1_Change()
+{
+    if (LoadGuard)
+        return;
+}
+
+void frm_Main::Form_Activate()
+{
+    try {
+        m_c.mnu_AutoUpdate->setChecked(fleetwright::readBoolSetting(*m_settings, u"AutoUpdate"));
+        AutoUpdateOn = m_c.mnu_AutoUpdate->isChecked();
+    } catch (const RuntimeError &error) {
+        fleetwright::showCommonError(*m_dialogs, error);
+    }
+}
+
+void frm_Main::changeEvent(QEvent *event)
+{
+    QMainWindow::changeEvent(event);
+    if (event->type() == QEvent::ActivationChange && isActiveWindow())
+        Form_Activate();
+}
+
+// Every edit was written when it was made and every setting when it changed: nothing to ask or save.
 void frm_Main::mnuQuit_Click()
 {
     close();
+}
+
+void frm_Main::closeEvent(QCloseEvent *event)
+{
+    SetUpToolTips(this, false);
+    event->accept();
+    QCoreApplication::quit();
 }

@@ -1,0 +1,106 @@
+// Start-up of the main window on a machine with both simulators, each with an airlines.cfg of 5,000 lines,
+// until the window is shown.
+//
+//   build/bench/bench_startup
+//
+// Runs on the offscreen platform unless QT_QPA_PLATFORM says otherwise. Reports the median of seven
+// repetitions in wall time.
+
+#include <benchmark/benchmark.h>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <string>
+
+#include <QApplication>
+
+#include "app/frm_main.h"
+#include "app/programstate.h"
+#include "core/dialogs.h"
+
+namespace {
+
+constexpr int AIRLINE_LINES = 5000;
+
+void writeAirlines(const std::filesystem::path &file)
+{
+    std::filesystem::create_directories(file.parent_path());
+    std::ofstream out(file, std::ios::binary);
+    for (int line = 0; line < AIRLINE_LINES; line += 5) {
+        out << "[atc_airline." << line / 5 << "]\r\n"
+            << "name=Corvane Air Cargo " << line << "\r\n"
+            << "callsign=CORVANE" << line << "\r\n"
+            << "icao=CV" << char('A' + line % 26) << "\r\n"
+            << "\r\n";
+    }
+}
+
+// Two simulators in a folder of their own, removed when the program ends.
+class Machine
+{
+public:
+    Machine()
+    {
+        std::random_device random;
+        m_root = std::filesystem::temp_directory_path() / ("fleetwright-bench-startup-" + std::to_string(random()));
+        writeAirlines(m_root / "FS9" / "Aircraft" / "airlines.cfg");
+        writeAirlines(m_root / "FSX" / "airlines.cfg");
+        for (const char *folder : {"Airplanes", "Rotorcraft", "GroundVehicles", "Boats", "Misc"})
+            std::filesystem::create_directories(m_root / "FSX" / "SimObjects" / folder);
+        set("FLEETWRIGHT_FS9_DIR", m_root / "FS9");
+        set("FLEETWRIGHT_FSX_DIR", m_root / "FSX");
+        set("FLEETWRIGHT_APPDATA", m_root / "AppData");
+        set("FLEETWRIGHT_SETTINGS", m_root / "settings.ini");
+        set("WINEPREFIX", m_root / "no-prefix");
+    }
+    ~Machine()
+    {
+        std::error_code ignored;
+        std::filesystem::remove_all(m_root, ignored);
+    }
+
+private:
+    static void set(const char *name, const std::filesystem::path &value)
+    {
+        qputenv(name, QByteArray::fromStdString(value.string()));
+    }
+    std::filesystem::path m_root;
+};
+
+void BM_StartUpToShownWindow(benchmark::State &state)
+{
+    static Machine machine;
+    fleetwright::NeverAskDialogs dialogs;
+    for (auto _ : state) {
+        frm_Main form(&dialogs);
+        form.show();
+        QApplication::processEvents();
+        benchmark::DoNotOptimize(fleetwright::programState().FsxAirlines.size());
+        state.PauseTiming();
+        form.hide();
+        state.ResumeTiming();
+    }
+    if (fleetwright::programState().Fs9Airlines.size() != AIRLINE_LINES + 1
+        || fleetwright::programState().FsxAirlines.size() != AIRLINE_LINES + 1)
+        state.SkipWithError("the airline files were not loaded");
+}
+BENCHMARK(BM_StartUpToShownWindow)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime()
+    ->Iterations(5)
+    ->Repetitions(7)
+    ->ReportAggregatesOnly(true);
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication app(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}

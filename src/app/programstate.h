@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace fleetwright {
+
+// The program-wide values that start-up sets and the forms read: one instance for the whole run, as the
+// forms are one instance each. Form-level state lives on frm_Main.
+struct ProgramState
+{
+    std::u16string TempFolder; // always ends in the separator
+
+    std::vector<std::u16string> Fs9Airlines; // raw lines of FS9's airlines.cfg
+    std::vector<std::u16string> FsxAirlines; // raw lines of FSX's airlines.cfg
+    bool Fs9Found = false;                   // FS9 found and its airlines.cfg loaded
+    bool FsxFound = false;
+    std::u16string Fs9AirlinesPath;
+    std::u16string FsxAirlinesPath;
+    std::u16string Fs9EffectsFolder;
+    std::u16string FsxEffectsFolder;
+
+    std::u16string AnalyzeOptionsText;
+    std::vector<std::u16string> AnalyzeOptionList;
+    std::u16string DataGridOptions;
+
+    bool ToolTipsOn = true;
+    bool RememberFolderOn = true;
+    bool InternalEditorOn = true;
+
+    // What the internal editor is to open: 1 and 2 the airlines.cfg of FS9 and FSX, 3 EditorFile, 0 nothing.
+    std::int16_t EditorMode = 0;
+    std::u16string EditorFile;
+    bool BatchRunning = false;
+};
+
+inline ProgramState &programState()
+{
+    static ProgramState state;
+    return state;
+}
+
+} // namespace fleetwright

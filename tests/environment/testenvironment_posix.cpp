@@ -1,0 +1,53 @@
+#include "testenvironment.h"
+
+#include <cstdlib>
+
+#include "support/tempdir.h"
+
+namespace fleetwright::test {
+
+namespace {
+
+std::optional<std::string> currentValue(const char *name)
+{
+    if (const char *value = std::getenv(name))
+        return std::string(value);
+    return std::nullopt;
+}
+
+void setValue(const std::string &name, const std::optional<std::string> &value)
+{
+    if (value)
+        ::setenv(name.c_str(), value->c_str(), 1);
+    else
+        ::unsetenv(name.c_str());
+}
+
+} // namespace
+
+ScopedVariable::ScopedVariable(const char *name, const std::optional<std::string> &value)
+    : m_name(name)
+    , m_old(currentValue(name))
+{
+    setValue(m_name, value);
+}
+
+ScopedVariable::~ScopedVariable()
+{
+    setValue(m_name, m_old);
+}
+
+struct ScratchSettings::Place
+{
+    TempDir dir;
+    ScopedVariable file {"FLEETWRIGHT_SETTINGS", (dir / "settings.ini").string()};
+};
+
+ScratchSettings::ScratchSettings()
+    : m_place(std::make_unique<Place>())
+    , m_store(std::make_unique<platform::SettingsStore>())
+{}
+
+ScratchSettings::~ScratchSettings() = default;
+
+} // namespace fleetwright::test
