@@ -7,6 +7,7 @@
 #include <optional>
 #include <utility>
 
+#include "app/startupsettings.h"
 #include "core/clsinifile.h"
 #include "core/runtimeerror.h"
 #include "platform/codepage.h"
@@ -24,16 +25,6 @@ using platform::LookupKind;
 namespace {
 
 constexpr char16_t NATIVE_SEPARATOR = static_cast<char16_t>(fs::path::preferred_separator);
-
-// Blanks only, as the registry texts have always been trimmed.
-std::u16string trimmed(std::u16string_view text)
-{
-    while (!text.empty() && text.front() == u' ')
-        text.remove_prefix(1);
-    while (!text.empty() && text.back() == u' ')
-        text.remove_suffix(1);
-    return std::u16string(text);
-}
 
 char16_t lowerChar(char16_t ch)
 {
@@ -93,7 +84,7 @@ bool fileExists(const std::u16string &path)
 std::u16string simulatorFolder(const platform::RegistryReader &registry, const std::u16string &key,
                                std::u16string_view valueName)
 {
-    std::u16string folder = trimmed(registry.GetRegistryValue(key, valueName));
+    std::u16string folder = Trim(registry.GetRegistryValue(key, valueName));
     if (!folder.empty() && folder.back() == u'\\')
         folder.pop_back();
     return folder;

@@ -21,15 +21,6 @@ constexpr std::size_t ANALYZE_OPTION_COUNT = 23;
 constexpr int FIRST_OPTIONAL_COLUMN = 3;
 constexpr int GRID_COLUMNS = 17;
 
-std::u16string trimmed(std::u16string_view text)
-{
-    while (!text.empty() && text.front() == u' ')
-        text.remove_prefix(1);
-    while (!text.empty() && text.back() == u' ')
-        text.remove_suffix(1);
-    return std::u16string(text);
-}
-
 // Codes 127 to 255 are those of the 8-bit code page, so "€" (128 there) goes and a character the code page
 // lacks stays.
 bool isStrictlyCleaned(char16_t ch)
@@ -106,7 +97,7 @@ bool readBoolSetting(const platform::SettingsStore &store, std::u16string_view n
 
 std::u16string CleanText(std::u16string_view text, bool strict)
 {
-    std::u16string clean = trimmed(text);
+    std::u16string clean = Trim(text);
     if (strict) {
         for (char16_t &ch : clean) {
             if (isStrictlyCleaned(ch))
@@ -125,7 +116,7 @@ std::u16string CleanText(std::u16string_view text, bool strict)
 
 std::u16string tempFolderFrom(std::u16string_view systemTempPath)
 {
-    std::u16string folder = trimmed(CleanText(systemTempPath, true));
+    std::u16string folder = Trim(CleanText(systemTempPath, true));
     if (folder.empty() || folder.back() != NATIVE_SEPARATOR)
         folder.push_back(NATIVE_SEPARATOR);
     return folder;
@@ -223,6 +214,15 @@ std::optional<ManualLocation> findManual(std::u16string_view programFolder)
         return ManualLocation {found.u16string(), found.parent_path().u16string()};
     }
     return std::nullopt;
+}
+
+std::u16string Trim(std::u16string_view text)
+{
+    while (!text.empty() && text.front() == u' ')
+        text.remove_prefix(1);
+    while (!text.empty() && text.back() == u' ')
+        text.remove_suffix(1);
+    return std::u16string(text);
 }
 
 } // namespace fleetwright

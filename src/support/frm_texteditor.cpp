@@ -25,6 +25,7 @@
 
 #include "app/gui/textconvert.h"
 #include "app/programstate.h"
+#include "app/simulatorenvironment.h"
 #include "core/dialogs.h"
 #include "core/errorbox.h"
 #include "core/runtimeerror.h"
@@ -86,23 +87,10 @@ std::string readText(const std::u16string &fileName)
     return std::move(*bytes);
 }
 
-// The lines of an airlines.cfg as start-up keeps them: split at CR LF only, so a file that ends in a line
-// break gives an empty last line; an empty file gives none.
+// The lines of an airlines.cfg as start-up keeps them.
 std::vector<std::u16string> airlineLines(const std::string &bytes)
 {
-    std::vector<std::u16string> lines;
-    if (bytes.empty())
-        return lines;
-    const std::string_view all(bytes);
-    std::size_t start = 0;
-    for (;;) {
-        const std::size_t end = all.find("\r\n", start);
-        lines.push_back(fleetwright::platform::fromCodePage(all.substr(start, end - start)));
-        if (end == std::string_view::npos)
-            break;
-        start = end + 2;
-    }
-    return lines;
+    return fleetwright::splitAtCrLf(fleetwright::platform::fromCodePage(bytes));
 }
 
 void showRuntimeFailure(fleetwright::Dialogs &dialogs, RuntimeError error, const std::u16string &procedure)

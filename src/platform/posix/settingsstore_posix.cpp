@@ -6,15 +6,14 @@
 #include <cstdlib>
 #include <filesystem>
 #include <optional>
-#include <pwd.h>
 #include <string>
-#include <sys/types.h>
 #include <system_error>
 #include <unistd.h>
 #include <vector>
 
 #include "platform/fileio.h"
 #include "platform/filelookup.h"
+#include "platform/posix/homefolder_posix.h"
 #include "platform/utf8.h"
 
 namespace fleetwright::platform {
@@ -22,19 +21,6 @@ namespace fleetwright::platform {
 namespace fs = std::filesystem;
 
 namespace {
-
-std::string homeFolder()
-{
-    if (const char *home = std::getenv("HOME"); home != nullptr && *home != '\0')
-        return home;
-    std::vector<char> buffer(16384);
-    passwd entry {};
-    passwd *found = nullptr;
-    if (::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found) == 0 && found != nullptr
-        && found->pw_dir != nullptr)
-        return found->pw_dir;
-    return {};
-}
 
 std::optional<fs::path> settingsFile(const std::u16string &application, const std::u16string &section)
 {

@@ -16,6 +16,7 @@
 
 #include "platform/fileio.h"
 #include "platform/filelookup.h"
+#include "platform/posix/homefolder_posix.h"
 #include "platform/utf8.h"
 
 namespace fleetwright::platform {
@@ -32,19 +33,6 @@ std::optional<std::string> variable(const char *name)
     if (const char *value = std::getenv(name))
         return std::string(value);
     return std::nullopt;
-}
-
-std::string homeFolder()
-{
-    if (const std::optional<std::string> home = variable("HOME"); home && !home->empty())
-        return *home;
-    std::vector<char> buffer(16384);
-    passwd entry {};
-    passwd *found = nullptr;
-    if (::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found) == 0 && found != nullptr
-        && found->pw_dir != nullptr)
-        return found->pw_dir;
-    return {};
 }
 
 // Wine names the user's folder after $USER, else after the account.
