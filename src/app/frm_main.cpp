@@ -86,6 +86,7 @@ void frm_Main::connectMenus()
     connect(m_c.Corvane, &QAction::triggered, this, &frm_Main::Corvane_Click);
     connect(m_c.StatusBar1, &StatusBarPanels::panelDoubleClicked, this, &frm_Main::StatusBar1_PanelDblClick);
     connect(m_c.Dir1, &DirListBox::Change, this, &frm_Main::Dir1_Change);
+    connectFolderView();
 }
 
 // One rule for every toggle: the item's check mark flips, the flag follows it, and the setting is saved at

@@ -57,11 +57,28 @@ public:
 
     void PaintStatusPanel(int panel, const QString &text, fleetwright::PanelColour colour);
 
+    // State of the open row and the folder load.
+    std::vector<std::u16string> Descriptions;
+    std::u16string AirFileName;
+    std::u16string ModelFilePath;
+    int EffectIndex = -1;
+
+    // Empties every editor field before a folder load; does nothing while LoadGuard is on.
+    void ResetValues();
+
     // Whether the window currently has the sizing frame (toggled, never set, as the style bits are).
     bool windowResizable() const { return m_resizableStyle; }
 
 public slots:
     void Dir1_Change();
+    void Drive1_Change();
+    void cmd_DirUp_Click();
+    void opt_FS9_Click();
+    void opt_FSX_Click();
+    void combo_SimFolder_Click(int index);
+    void ListView1_Click();
+    void ListView1_MouseDown(const QPoint &position);
+    void associationCombo_Change();
     void mnuCFG_Click();
     void mnuResizable_Click();
     void mnu_Manual_Click();
@@ -87,6 +104,9 @@ private:
     void toggleResizableStyle();
     void openAirlinesFile(bool fsx);
     void OpenURL(const std::u16string &url);
+    void connectFolderView();
+    void quickNavigate(const std::u16string &root, const char16_t *missingText);
+    void moveBrowser(const std::u16string &folder);
 
     std::unique_ptr<fleetwright::Dialogs> m_ownDialogs;
     fleetwright::Dialogs *m_dialogs = nullptr;

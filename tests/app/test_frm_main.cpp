@@ -22,6 +22,7 @@
 #include "app/programstate.h"
 #include "core/scripteddialogs.h"
 #include "platform/settingsstore.h"
+#include "startupfixture.h"
 #include "support/tempdir.h"
 #include "support/windowtitle.h"
 #include "version.h"
@@ -31,6 +32,7 @@ using fleetwright::programState;
 using fleetwright::ScriptedDialogs;
 using fleetwright::test::TempDir;
 using fleetwright::test::writeBytes;
+using StartUp = fleetwright::test::StartUp;
 
 namespace {
 
@@ -41,96 +43,6 @@ QString versionText()
         .arg(fleetwright::VERSION_MINOR)
         .arg(fleetwright::VERSION_REVISION);
 }
-
-// Sets environment variables for one test and puts back what was there.
-class ScopedEnvironment
-{
-public:
-    void set(const char *name, const QByteArray &value)
-    {
-        remember(name);
-        qputenv(name, value);
-    }
-    ~ScopedEnvironment()
-    {
-        for (const auto &[name, value] : m_saved) {
-            if (value)
-                qputenv(name.c_str(), *value);
-            else
-                qunsetenv(name.c_str());
-        }
-    }
-
-private:
-    void remember(const char *name)
-    {
-        if (!m_saved.count(name))
-            m_saved[name] = qEnvironmentVariableIsSet(name) ? std::optional(qgetenv(name)) : std::nullopt;
-    }
-    std::map<std::string, std::optional<QByteArray>> m_saved;
-};
-
-QByteArray bytesOf(const std::filesystem::path &path)
-{
-    return QByteArray::fromStdString(path.string());
-}
-
-// A machine of the test's own: a settings file, no Wine prefix, and the simulators the test installs.
-class StartUp : public ::testing::Test
-{
-protected:
-    void SetUp() override
-    {
-        env.set("FLEETWRIGHT_SETTINGS", bytesOf(dir / "settings.ini"));
-        env.set("WINEPREFIX", bytesOf(dir / "no-prefix"));
-        env.set("FLEETWRIGHT_FS9_DIR", "");
-        env.set("FLEETWRIGHT_FSX_DIR", "");
-        env.set("FLEETWRIGHT_APPDATA", bytesOf(dir / "appdata"));
-        programState() = {};
-    }
-
-    std::filesystem::path installFs9(bool withAirlines)
-    {
-        const auto root = dir / "FS9";
-        std::filesystem::create_directories(root / "Aircraft");
-        if (withAirlines)
-            writeBytes(root / "Aircraft" / "airlines.cfg", "[atc_airline.0]\r\nname=Alpha\r\n");
-        env.set("FLEETWRIGHT_FS9_DIR", bytesOf(root));
-        return root;
-    }
-
-    std::filesystem::path installFsx(bool withAirlines)
-    {
-        const auto root = dir / "FSX";
-        std::filesystem::create_directories(root / "SimObjects" / "Airplanes");
-        std::filesystem::create_directories(root / "SimObjects" / "Rotorcraft");
-        std::filesystem::create_directories(root / "SimObjects" / "old.bak");
-        if (withAirlines)
-            writeBytes(root / "airlines.cfg", "a\r\nb\r\n");
-        env.set("FLEETWRIGHT_FSX_DIR", bytesOf(root));
-        return root;
-    }
-
-    static QStringList comboTexts(const frm_Main &form)
-    {
-        QStringList texts;
-        for (int i = 0; i < form.controls().combo_SimFolder->count(); ++i)
-            texts << form.controls().combo_SimFolder->itemText(i);
-        return texts;
-    }
-
-    static void expectPanel(const frm_Main &form, int panel, const QString &text, const QColor &colour)
-    {
-        SCOPED_TRACE(panel);
-        EXPECT_EQ(form.controls().StatusBar1->panelText(panel), text);
-        EXPECT_EQ(form.controls().StatusBar1->panelColour(panel), colour);
-    }
-
-    TempDir dir;
-    ScopedEnvironment env;
-    ScriptedDialogs dialogs;
-    fleetwright::platform::SettingsStore settings;
-};
 
 } // namespace
 
@@ -445,4 +357,14 @@ TEST_F(StartUp, RememberedFolderIsWhereTheBrowserStarts)
     settings.SaveSetting(u"IsZandor", u"0");
     frm_Main second(&dialogs);
     EXPECT_EQ(QDir(second.controls().Dir1->path()), QDir(QCoreApplication::applicationDirPath()));
+}
+
+TEST_F(StartUp, AirlinePanelsOpenNothingWhenTheirFileWasNotLoaded)
+{
+    installFs9(false);
+    frm_Main form(&dialogs);
+    for (const int panel : {1, 3, 6, 9, 12})
+        emit form.controls().StatusBar1->panelDoubleClicked(panel);
+    EXPECT_EQ(programState().EditorMode, 0);
+    EXPECT_TRUE(dialogs.records().empty());
 }

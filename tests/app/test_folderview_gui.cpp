@@ -1,0 +1,150 @@
+#include <QAction>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDir>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QMenu>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTreeWidget>
+
+#include <gtest/gtest.h>
+
+#include "app/frm_main.h"
+#include "app/gui/folderwidgets.h"
+#include "app/gui/textconvert.h"
+#include "startupfixture.h"
+
+using fleetwright::DialogKind;
+using fleetwright::DialogRecord;
+using fleetwright::test::writeBytes;
+using Navigation = fleetwright::test::StartUp;
+
+namespace {
+
+QString nativeText(const std::filesystem::path &path)
+{
+    return QDir::toNativeSeparators(QString::fromStdString(path.string()));
+}
+
+} // namespace
+
+TEST_F(Navigation, QuickButtonToASimulatorFolderThatHasGoneIsRefused)
+{
+    const auto fs9 = installFs9(true);
+    const auto fsx = installFsx(true);
+    frm_Main form(&dialogs);
+    const MainFormControls &c = form.controls();
+    ASSERT_TRUE(c.opt_FSX->isChecked());
+
+    // FS9's button moves the browser to its aircraft folder.
+    c.opt_FS9->click();
+    EXPECT_EQ(QDir(c.Dir1->path()), QDir(nativeText(fs9 / "Aircraft")));
+    EXPECT_TRUE(dialogs.records().empty());
+
+    // FSX's folder went away after start: the box, and the browser stays.
+    std::filesystem::remove_all(fsx / "SimObjects");
+    c.opt_FSX->click();
+    ASSERT_EQ(dialogs.records().size(), 1u);
+    EXPECT_EQ(dialogs.records()[0],
+              (DialogRecord {DialogKind::Critical, u"",
+                             u"The FSX path information in your registry is incorrect. The SimObject folder could not "
+                             u"be found."}));
+    EXPECT_EQ(QDir(c.Dir1->path()), QDir(nativeText(fs9 / "Aircraft")));
+
+    // A sim folder that has gone since start-up.
+    form.combo_SimFolder_Click(0);
+    ASSERT_EQ(dialogs.records().size(), 2u);
+    EXPECT_EQ(dialogs.records()[1].text, u"Change directory was not successful. Error: 76\r\nPath not found");
+}
+
+TEST_F(Navigation, UpwardsSelectsTheFolderJustLeft)
+{
+    std::filesystem::create_directories(dir / "Aircraft" / "Alpha");
+    std::filesystem::create_directories(dir / "Aircraft" / "Bravo");
+    std::filesystem::create_directories(dir / "Aircraft" / "Charlie");
+    settings.SaveSetting(u"Path", toU16String(nativeText(dir / "Aircraft" / "Bravo")));
+    frm_Main form(&dialogs);
+    const MainFormControls &c = form.controls();
+    form.cmd_DirUp_Click();
+    EXPECT_EQ(QDir(c.Dir1->path()), QDir(nativeText(dir / "Aircraft")));
+    ASSERT_GE(c.Dir1->ListIndex(), 0);
+    EXPECT_TRUE(c.Dir1->List(c.Dir1->ListIndex()).endsWith(QStringLiteral("Bravo")));
+}
+
+TEST_F(Navigation, ResetValuesEmptiesTheEditorUnlessGuarded)
+{
+    frm_Main form(&dialogs);
+    const MainFormControls &c = form.controls();
+    addVariationRow(c.ListView1, QStringLiteral("FLTSIM.0"));
+    c.txt_Title->setText(QStringLiteral("Corvane 737"));
+    c.chk_Effect[3]->setChecked(true);
+    c.lst_Airfile->addItem(QStringLiteral("c737.air"));
+    form.AirFileName = u"c737.air";
+
+    form.LoadGuard = true;
+    form.ResetValues();
+    EXPECT_EQ(c.ListView1->topLevelItemCount(), 1);
+    EXPECT_EQ(c.txt_Title->text(), QStringLiteral("Corvane 737"));
+
+    form.LoadGuard = false;
+    form.ResetValues();
+    EXPECT_EQ(c.ListView1->topLevelItemCount(), 0);
+    EXPECT_TRUE(c.txt_Title->text().isEmpty());
+    EXPECT_EQ(backColour(c.txt_Title), colourFromBgr(0xE0E0E0));
+    EXPECT_EQ(backColour(c.txt_WingSpan_New), colourFromBgr(0xC0FFFF));
+    EXPECT_EQ(backColour(c.txt_effects[0]), colourFromBgr(0xFFFFFF));
+    EXPECT_EQ(c.txt_Jetways->text(), QStringLiteral("Jetways possible: no"));
+    EXPECT_FALSE(c.chk_Effect[3]->isChecked());
+    EXPECT_EQ(c.lst_Airfile->count(), 0);
+    EXPECT_TRUE(form.AirFileName.empty());
+    EXPECT_FALSE(c.opt_ac_Normal->isEnabled());
+}
+
+TEST_F(Navigation, ClickOnARowSetsTheDeleteCaptionAndReadsTheCurrentFiles)
+{
+    writeBytes(dir / "aircraft.cfg",
+               "[fltsim.0]\r\ntitle=A\r\ntexture=klm/old // new paint\r\nsim=c737\r\n"
+               "[fltsim.1]\r\ntitle=B\r\nmodel=\r\n");
+    frm_Main form(&dialogs);
+    const MainFormControls &c = form.controls();
+    form.AircraftIni().setPath(fleetwright::test::widePath(dir / "aircraft.cfg"));
+    // Six rows as a file numbered 0, 1, 2, 3, 4, 7 gives them.
+    for (const char *section : {"FLTSIM.0", "FLTSIM.1", "FLTSIM.2", "FLTSIM.3", "FLTSIM.4", "FLTSIM.7"})
+        addVariationRow(c.ListView1, QString::fromLatin1(section))->setText(10, QStringLiteral("c737"));
+    c.lst_Airfile->addItems({QStringLiteral("C737"), QStringLiteral("c737")});
+
+    c.ListView1->setCurrentItem(c.ListView1->topLevelItem(0));
+    form.ListView1_Click();
+    EXPECT_EQ(c.frm_RightClick.mnuDelete->text(), QStringLiteral("&Delete [FLTSIM.0]"));
+    // "/" turns into "\\" before the comment is cut, so a "//" comment stays in the text.
+    EXPECT_EQ(c.txt_CurrentTexture->text(), QStringLiteral("klm\\old \\\\ new paint"));
+    EXPECT_EQ(c.txt_CurrentModel->text(), QStringLiteral("<default>"));
+    EXPECT_EQ(c.txt_CurrentAirfile->text(), QStringLiteral("c737"));
+    // The air file list follows the row, exactly and case-sensitively.
+    EXPECT_EQ(c.lst_Airfile->currentRow(), 1);
+
+    c.ListView1->topLevelItem(5)->setCheckState(0, Qt::Checked);
+    form.ListView1_Click();
+    EXPECT_EQ(c.frm_RightClick.mnuDelete->text(), QStringLiteral("&Delete [fltsim.5]"));
+
+    c.ListView1->topLevelItem(1)->setCheckState(0, Qt::Checked);
+    c.ListView1->setCurrentItem(c.ListView1->topLevelItem(1));
+    form.ListView1_Click();
+    EXPECT_EQ(c.frm_RightClick.mnuDelete->text(), QStringLiteral("&Delete [fltsim.x]"));
+    EXPECT_EQ(c.txt_CurrentAirfile->text(), QStringLiteral("<none>"));
+    EXPECT_TRUE(dialogs.records().empty());
+}
+
+TEST_F(Navigation, AssociateFollowsTheThreeCombos)
+{
+    frm_Main form(&dialogs);
+    const MainFormControls &c = form.controls();
+    EXPECT_FALSE(c.cmd_Associate->isEnabled());
+    c.combo_Model->addItem(QStringLiteral("model.heavy"));
+    c.combo_Model->setCurrentIndex(0);
+    EXPECT_TRUE(c.cmd_Associate->isEnabled());
+    c.combo_Model->setCurrentIndex(-1);
+    EXPECT_FALSE(c.cmd_Associate->isEnabled());
+}
