@@ -26,6 +26,7 @@
 #include "app/startupsettings.h"
 #include "core/errorbox.h"
 #include "core/runtimeerror.h"
+#include "folderview/frm_listviewoptions.h"
 #include "platform/filelookup.h"
 #include "platform/regional.h"
 #include "platform/settingsstore.h"
@@ -86,6 +87,9 @@ void frm_Main::connectMenus()
     connect(m_c.Corvane, &QAction::triggered, this, &frm_Main::Corvane_Click);
     connect(m_c.StatusBar1, &StatusBarPanels::panelDoubleClicked, this, &frm_Main::StatusBar1_PanelDblClick);
     connect(m_c.Dir1, &DirListBox::Change, this, &frm_Main::Dir1_Change);
+    connect(m_c.mnuDataGrid, &QAction::triggered, this,
+            [this] { (new frm_ListViewOptions(m_c.ListView1, *m_settings, this))->show(); });
+    connect(m_c.frm_RightClick.mnuResize, &QAction::triggered, this, [this] { ResizeGrid(m_c.ListView1); });
     connectFolderView();
 }
 

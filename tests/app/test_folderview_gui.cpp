@@ -14,6 +14,7 @@
 #include "app/frm_main.h"
 #include "app/gui/folderwidgets.h"
 #include "app/gui/textconvert.h"
+#include "folderview/frm_listviewoptions.h"
 #include "startupfixture.h"
 
 using fleetwright::DialogKind;
@@ -147,4 +148,46 @@ TEST_F(Navigation, AssociateFollowsTheThreeCombos)
     EXPECT_TRUE(c.cmd_Associate->isEnabled());
     c.combo_Model->setCurrentIndex(-1);
     EXPECT_FALSE(c.cmd_Associate->isEnabled());
+}
+
+TEST_F(Navigation, HiddenColumnsFollowEachClickAndLastOnlyWhenSaved)
+{
+    {
+        frm_Main form(&dialogs);
+        QTreeWidget *grid = form.controls().ListView1;
+        form.controls().mnuDataGrid->trigger();
+        auto *options = form.findChild<frm_ListViewOptions *>(QStringLiteral("frm_ListViewOptions"));
+        ASSERT_NE(options, nullptr);
+        ASSERT_EQ(options->List1()->count(), 15);
+        EXPECT_EQ(options->List1()->item(0)->text(), QStringLiteral("parking_type"));
+
+        // A click sets every column: a shown one always gets the standard width back.
+        grid->setColumnWidth(4, 300);
+        options->List1()->item(0)->setCheckState(Qt::Checked);
+        EXPECT_EQ(grid->columnWidth(2), 0);
+        EXPECT_EQ(grid->columnWidth(4), 1150 / 15);
+        options->cmdClose_Click();
+        EXPECT_EQ(grid->columnWidth(2), 0);
+        EXPECT_TRUE(settings.GetSetting(u"DataGrid").empty());
+
+        // Hidden columns stay so on "resize to content", all but the last.
+        form.controls().mnuDataGrid->trigger();
+        options = form.findChild<frm_ListViewOptions *>(QStringLiteral("frm_ListViewOptions"));
+        options->cmd_All_Click();
+        EXPECT_EQ(grid->columnWidth(16), 0);
+        form.controls().frm_RightClick.mnuResize->trigger();
+        EXPECT_EQ(grid->columnWidth(2), 0);
+        EXPECT_GT(grid->columnWidth(16), 0);
+        EXPECT_GT(grid->columnWidth(1), 0);
+
+        options->cmd_None_Click();
+        options->List1()->item(14)->setCheckState(Qt::Checked);
+        options->cmdSave_Click();
+    }
+    const std::u16string saved = u"0\u00A60\u00A60\u00A60\u00A60\u00A60\u00A60\u00A60\u00A60\u00A60\u00A60\u00A60"
+                                 u"\u00A60\u00A60\u00A6-1";
+    EXPECT_EQ(settings.GetSetting(u"DataGrid"), saved);
+    frm_Main next(&dialogs);
+    EXPECT_EQ(next.controls().ListView1->columnWidth(16), 0);
+    EXPECT_GT(next.controls().ListView1->columnWidth(2), 0);
 }

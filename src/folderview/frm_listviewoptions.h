@@ -1,0 +1,44 @@
+#pragma once
+
+#include <QDialog>
+
+class QListWidget;
+class QListWidgetItem;
+class QPushButton;
+class QTreeWidget;
+
+namespace fleetwright::platform {
+class SettingsStore;
+}
+
+// Which of the grid's columns 3 to 17 are hidden. A check mark means hidden, and the grid follows each click
+// at once; only "Save & Close" keeps the choice for the next start.
+class frm_ListViewOptions : public QDialog
+{
+    Q_OBJECT
+
+public:
+    frm_ListViewOptions(QTreeWidget *grid, const fleetwright::platform::SettingsStore &settings,
+                        QWidget *parent = nullptr);
+
+    QListWidget *List1() const { return m_list; }
+
+public slots:
+    void List1_Click();
+    void cmd_All_Click();
+    void cmd_None_Click();
+    void cmdClose_Click();
+    void cmdSave_Click();
+
+private:
+    void checkAll(bool checked);
+
+    QTreeWidget *m_grid;
+    const fleetwright::platform::SettingsStore &m_settings;
+    QListWidget *m_list = nullptr;
+    bool m_loadGuard = false;
+};
+
+// Fits every shown column but the last to its content and header; the last is fitted in any case, so a
+// hidden "texture" column comes back, unlike all the others.
+void ResizeGrid(QTreeWidget *grid);
