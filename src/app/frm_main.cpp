@@ -370,14 +370,6 @@ void frm_Main::Corvane_Click()
     OpenURL(MAKER_WEB_PAGE);
 }
 
-// The folder load behind the folder browser comes with the folder view; until then moving the browser only
-// shows the folder.
-void frm_Main::Dir1_Change()
-{
-    if (LoadGuard)
-        return;
-}
-
 void frm_Main::Form_Activate()
 {
     try {

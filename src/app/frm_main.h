@@ -60,7 +60,13 @@ public:
     // State of the open row and the folder load.
     std::vector<std::u16string> Descriptions;
     std::u16string AirFileName;
+    std::int16_t AirTypeShown = 0;
     std::u16string ModelFilePath;
+    std::u16string RadiusOnLoad;
+    std::u16string DescriptionOnLoad;
+    std::u16string ExitNote0;
+    std::u16string ExitNote1;
+    std::u16string WingSpanSection;
     int EffectIndex = -1;
 
     // Empties every editor field before a folder load; does nothing while LoadGuard is on.
@@ -79,6 +85,9 @@ public slots:
     void ListView1_Click();
     void ListView1_MouseDown(const QPoint &position);
     void associationCombo_Change();
+    void ListView1_DblClick();
+    void lst_Airfile_Click();
+    void RunChange() { Dir1_Change(); }
     void mnuCFG_Click();
     void mnuResizable_Click();
     void mnu_Manual_Click();
@@ -107,6 +116,9 @@ private:
     void connectFolderView();
     void quickNavigate(const std::u16string &root, const char16_t *missingText);
     void moveBrowser(const std::u16string &folder);
+    void ReadAirFile();
+    void airTypeOption_Click(int type);
+    void showCurrentFields(const std::u16string &section);
 
     std::unique_ptr<fleetwright::Dialogs> m_ownDialogs;
     fleetwright::Dialogs *m_dialogs = nullptr;

@@ -46,15 +46,6 @@ void unsetOption(QRadioButton *option)
     option->setAutoExclusive(true);
 }
 
-std::u16string withBackslashes(std::u16string text)
-{
-    for (auto &ch : text) {
-        if (ch == u'/')
-            ch = u'\\';
-    }
-    return text;
-}
-
 } // namespace
 
 void frm_Main::connectFolderView()
@@ -73,6 +64,11 @@ void frm_Main::connectFolderView()
     });
     connect(m_c.combo_SimFolder, &QComboBox::activated, this, &frm_Main::combo_SimFolder_Click);
     connect(m_c.ListView1, &QTreeWidget::itemClicked, this, &frm_Main::ListView1_Click);
+    connect(m_c.ListView1, &QTreeWidget::itemDoubleClicked, this, &frm_Main::ListView1_DblClick);
+    connect(m_c.lst_Airfile, &QListWidget::itemClicked, this, &frm_Main::lst_Airfile_Click);
+    connect(m_c.opt_ac_Normal, &QRadioButton::clicked, this, [this] { airTypeOption_Click(0); });
+    connect(m_c.opt_ac_Helicopter, &QRadioButton::clicked, this, [this] { airTypeOption_Click(1); });
+    connect(m_c.opt_ac_AI, &QRadioButton::clicked, this, [this] { airTypeOption_Click(2); });
     m_c.ListView1->setContextMenuPolicy(Qt::CustomContextMenu);
     connect(m_c.ListView1, &QTreeWidget::customContextMenuRequested, this, &frm_Main::ListView1_MouseDown);
     for (QComboBox *combo : {m_c.combo_Texture, m_c.combo_Model, m_c.combo_Airfile}) {
@@ -233,18 +229,7 @@ void frm_Main::ListView1_Click()
         m_c.frm_RightClick.mnuDelete->setText(caption);
 
         // The three keys are read from the file again, not from the grid's copy.
-        m_aircraftIni.setSection(toU16String(selected->text(0)));
-        const auto current = [this](const char16_t *key, bool slashes, const char16_t *none) {
-            m_aircraftIni.setKey(key);
-            std::u16string value = m_aircraftIni.Value();
-            if (slashes)
-                value = withBackslashes(std::move(value));
-            value = fleetwright::StripComment(value);
-            return toQString(value.empty() ? std::u16string(none) : value);
-        };
-        m_c.txt_CurrentTexture->setText(current(u"texture", true, u"<default>"));
-        m_c.txt_CurrentModel->setText(current(u"model", true, u"<default>"));
-        m_c.txt_CurrentAirfile->setText(current(u"sim", false, u"<none>"));
+        showCurrentFields(toU16String(selected->text(0)));
 
         const QString sim = selected->text(10);
         m_c.lst_Airfile->setCurrentRow(-1);

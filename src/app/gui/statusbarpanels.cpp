@@ -49,7 +49,7 @@ public:
     {
         const QFontMetrics metrics(font());
         const int textWidth = std::max(metrics.horizontalAdvance(m_text), metrics.horizontalAdvance(m_widthSample));
-        const int padding = metrics.horizontalAdvance(QLatin1Char('0')) * 2;
+        const int padding = metrics.horizontalAdvance(QLatin1Char('0'));
         return {textWidth + padding + 2 * frameWidth(), metrics.height() + 4 + 2 * frameWidth()};
     }
     // The stretching panel gives way when the bar is short of room; the others keep their text whole.
