@@ -5,6 +5,7 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QMenu>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTreeWidget>
@@ -13,6 +14,7 @@
 
 #include "app/frm_main.h"
 #include "app/gui/folderwidgets.h"
+#include "app/gui/statusbarpanels.h"
 #include "app/gui/textconvert.h"
 #include "folderview/frm_listviewoptions.h"
 #include "startupfixture.h"
@@ -190,4 +192,111 @@ TEST_F(Navigation, HiddenColumnsFollowEachClickAndLastOnlyWhenSaved)
     frm_Main next(&dialogs);
     EXPECT_EQ(next.controls().ListView1->columnWidth(16), 0);
     EXPECT_GT(next.controls().ListView1->columnWidth(2), 0);
+}
+
+namespace {
+
+std::string littleEndian(std::int32_t value)
+{
+    std::string bytes(4, '\0');
+    for (int i = 0; i < 4; ++i)
+        bytes[static_cast<std::size_t>(i)] = static_cast<char>((static_cast<std::uint32_t>(value) >> (8 * i)) & 0xFF);
+    return bytes;
+}
+
+// A small aircraft: two variations, the first with a model and an air file, the second with a model folder
+// that is not there.
+std::filesystem::path makeAircraft(const std::filesystem::path &root)
+{
+    const auto folder = root / "Corvane Skyliner";
+    writeBytes(folder / "aircraft.cfg",
+               "[fltsim.0]\r\ntitle=Skyliner Blue\r\nmodel=\r\nsim=skyliner\r\ntexture=Blue\r\n"
+               "description=Blue paint\r\n"
+               "[fltsim.1]\r\ntitle=Skyliner Red\r\nmodel=gone\r\nsim=skyliner\r\n"
+               "[effects]\r\nwake=fx_wake, 1\r\n"
+               "[airplane_geometry]\r\nwing_span=112.5\r\n");
+    writeBytes(folder / "model" / "model.cfg", "[models]\r\nNORMAL=Skyliner.MDL\r\n");
+    std::string mdl(40, '\0');
+    mdl.replace(8, 4, "MDL9");
+    mdl[28] = static_cast<char>(42);
+    writeBytes(folder / "model" / "skyliner.mdl", mdl);
+    writeBytes(folder / "skyliner.air", littleEndian(0x105) + littleEndian(4) + littleEndian(1));
+    std::filesystem::create_directories(folder / "texture.Blue");
+    return folder;
+}
+
+} // namespace
+
+TEST_F(Navigation, LoadingAnAircraftFillsTheGridAndOpensTheFirstRow)
+{
+    const auto aircraft = makeAircraft(dir.path());
+    frm_Main form(&dialogs);
+    const MainFormControls &c = form.controls();
+    c.Dir1->setPath(nativeText(aircraft));
+    EXPECT_TRUE(dialogs.records().empty());
+
+    ASSERT_EQ(c.ListView1->topLevelItemCount(), 2);
+    EXPECT_EQ(c.ListView1->topLevelItem(0)->text(0), QStringLiteral("FLTSIM.0"));
+    EXPECT_EQ(c.ListView1->topLevelItem(0)->text(9), QStringLiteral("<default>"));
+    EXPECT_EQ(c.StatusBar1->panelText(8), QStringLiteral("AC Folder"));
+    EXPECT_EQ(c.StatusBar1->panelColour(8), StatusBarPanels::green());
+    EXPECT_EQ(c.StatusBar1->panelText(10), QStringLiteral("2 aircraft variations defined"));
+    EXPECT_TRUE(c.mnuCFG->isEnabled() && c.mnuValidate->isEnabled());
+    EXPECT_FALSE(c.mnuvalidateAll->isEnabled());
+    EXPECT_TRUE(c.cmd_DirUp->isEnabled());
+
+    // Row 1 is open: white title, its description, the model's tag and radius, the air file's type.
+    EXPECT_EQ(c.txt_Title->text(), QStringLiteral("Skyliner Blue"));
+    EXPECT_EQ(backColour(c.txt_Title), colourFromBgr(0xFFFFFF));
+    EXPECT_EQ(c.txt_Description->toPlainText(), QStringLiteral("Blue paint"));
+    EXPECT_EQ(c.txt_FSXVersion->text(), QStringLiteral("FS8/9"));
+    EXPECT_EQ(c.txt_FS9Radius->text(), QStringLiteral("42"));
+    EXPECT_EQ(form.RadiusOnLoad, u"42");
+    EXPECT_TRUE(c.opt_ac_Helicopter->isChecked());
+    EXPECT_EQ(c.StatusBar1->panelText(9), QStringLiteral("AC Status: OK"));
+    EXPECT_EQ(c.txt_effects[0]->text(), QStringLiteral("fx_wake"));
+    EXPECT_TRUE(c.chk_Effect[0]->isChecked());
+    EXPECT_EQ(c.lst_Airfile->count(), 1);
+    EXPECT_EQ(c.combo_Texture->count(), 1);
+    EXPECT_EQ(c.combo_Texture->itemText(0), QStringLiteral("Blue"));
+    // A folder with variations is remembered.
+    EXPECT_EQ(QDir(toQString(settings.GetSetting(u"Path"))), QDir(nativeText(aircraft)));
+
+    // Opening the second row: its model folder is not there, which the status tells.
+    c.ListView1->setCurrentItem(c.ListView1->topLevelItem(1));
+    form.ListView1_DblClick();
+    EXPECT_EQ(c.txt_Title->text(), QStringLiteral("Skyliner Red"));
+    EXPECT_EQ(c.StatusBar1->panelText(9), QStringLiteral("AC Status: NOK"));
+    EXPECT_EQ(c.StatusBar1->panelColour(9), StatusBarPanels::red());
+
+    // One level up: not an aircraft folder, no rows, nothing remembered.
+    form.cmd_DirUp_Click();
+    EXPECT_EQ(c.ListView1->topLevelItemCount(), 0);
+    EXPECT_EQ(c.StatusBar1->panelColour(8), StatusBarPanels::red());
+    EXPECT_EQ(c.StatusBar1->panelText(9), QStringLiteral("AC Status: n/a"));
+    EXPECT_TRUE(c.mnuvalidateAll->isEnabled());
+    EXPECT_FALSE(c.cmd_DirUp->isEnabled());
+    EXPECT_EQ(QDir(toQString(settings.GetSetting(u"Path"))), QDir(nativeText(aircraft)));
+}
+
+TEST_F(Navigation, NoToTheAirTypeQuestionRestoresTheTypeLastRead)
+{
+    const auto aircraft = makeAircraft(dir.path());
+    frm_Main form(&dialogs);
+    const MainFormControls &c = form.controls();
+    c.Dir1->setPath(nativeText(aircraft));
+    ASSERT_TRUE(c.opt_ac_Helicopter->isChecked());
+    const std::string before = fleetwright::test::readBytes(aircraft / "skyliner.air");
+
+    dialogs.pushAnswer(false);
+    c.opt_ac_AI->click();
+    EXPECT_TRUE(c.opt_ac_Helicopter->isChecked());
+    EXPECT_FALSE(c.opt_ac_AI->isChecked());
+    EXPECT_EQ(fleetwright::test::readBytes(aircraft / "skyliner.air"), before);
+
+    dialogs.pushAnswer(true);
+    c.opt_ac_AI->click();
+    EXPECT_TRUE(c.opt_ac_AI->isChecked());
+    EXPECT_EQ(fleetwright::test::readBytes(aircraft / "skyliner.air").substr(8, 4), littleEndian(2));
+    EXPECT_EQ(dialogs.pendingAnswers(), 0u);
 }
