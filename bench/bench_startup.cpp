@@ -1,5 +1,6 @@
-// Start-up of the main window on a machine with both simulators, each with an airlines.cfg of 5,000 lines,
-// until the window is shown.
+// The main window on the offscreen platform: start-up on a machine with both simulators, each with an
+// airlines.cfg of 5,000 lines, until the window is shown; and the folder load of a generated aircraft.cfg of
+// 700 variations through Dir1_Change, grid and opened first row included.
 //
 //   build/bench/bench_startup
 //
@@ -16,8 +17,10 @@
 #include <QApplication>
 
 #include "app/frm_main.h"
+#include "app/gui/folderwidgets.h"
 #include "app/programstate.h"
 #include "core/dialogs.h"
+#include "workload.h"
 
 namespace {
 
@@ -89,6 +92,34 @@ BENCHMARK(BM_StartUpToShownWindow)
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime()
     ->Iterations(5)
+    ->Repetitions(7)
+    ->ReportAggregatesOnly(true);
+
+void BM_FolderLoadOf700Variations(benchmark::State &state)
+{
+    static Machine machine;
+    const auto folder = std::filesystem::temp_directory_path() / "fleetwright-bench-folderload" / "Corvane Fleet";
+    std::filesystem::create_directories(folder);
+    {
+        std::ofstream out(folder / "aircraft.cfg", std::ios::binary);
+        out << fleetwright::bench::aircraftCfg({700, 20});
+    }
+    fleetwright::NeverAskDialogs dialogs;
+    frm_Main form(&dialogs);
+    form.controls().Dir1->setPath(QString::fromStdString(folder.string()));
+    for (auto _ : state) {
+        form.Dir1_Change();
+        benchmark::DoNotOptimize(form.controls().ListView1);
+    }
+    if (form.Descriptions.size() != 700)
+        state.SkipWithError("the variations were not loaded");
+    std::error_code ignored;
+    std::filesystem::remove_all(folder.parent_path(), ignored);
+}
+BENCHMARK(BM_FolderLoadOf700Variations)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime()
+    ->Iterations(3)
     ->Repetitions(7)
     ->ReportAggregatesOnly(true);
 
