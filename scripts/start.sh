@@ -26,4 +26,6 @@ if [ -z "${DISPLAY-}" ] && [ -z "${WAYLAND_DISPLAY-}" ]; then
     echo "start.sh: run it from a desktop session, or under xvfb-run" >&2
     exit 1
 fi
-exec "$build/src/app/fleetwright"
+# Started from its own folder, the folder list opens where "Sample Aircraft" lies beside the program.
+cd "$build/src/app"
+exec ./fleetwright

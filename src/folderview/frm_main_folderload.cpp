@@ -309,7 +309,7 @@ void frm_Main::ListView1_DblClick()
         EventsEnabled = true;
         RadiusOnLoad.clear();
 
-        if (!config.missing && !model.empty()) {
+        if (!config.missing) {
             const fleetwright::ModelFileReading reading = fleetwright::readModelFile(folder, model, config.modelName);
             ModelFilePath = reading.ModelFilePath;
             using fleetwright::ModelFileOutcome;

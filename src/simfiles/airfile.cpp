@@ -75,8 +75,8 @@ AirFileReading ReadAirFile(const std::u16string &folder, AirFileState &state, Di
     std::optional<fs::path> file;
     try {
         if (!state.AirFileName.empty())
-            state.AirFileName = folder + simfiles::nativeSeparator() + simfiles::nativeSeparators(state.AirFileName)
-                + u".air";
+            state.AirFileName =
+                folder + simfiles::nativeSeparator() + simfiles::nativeSeparators(state.AirFileName) + u".air";
         file = existingFile(state.AirFileName);
     } catch (const fs::filesystem_error &) {
         // A name the file system cannot take at all.

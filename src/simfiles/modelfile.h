@@ -58,8 +58,8 @@ struct ModelFileReading
     // ModelFilePath: "P\model\<name>.mdl" for "<default>", else "P\model.M\<name>.mdl", with no special case for
     // a drive root; an empty name gives ".mdl".
     std::u16string ModelFilePath;
-    std::u16string versionText; // txt_FSXVersion: "FS8/9", "FSX" or "n/a"
-    std::u16string radiusText;  // txt_FS9Radius: the radius byte in decimal, or "n/a"
+    std::u16string versionText;  // txt_FSXVersion: "FS8/9", "FSX" or "n/a"
+    std::u16string radiusText;   // txt_FS9Radius: the radius byte in decimal, or "n/a"
     bool radiusEditable = false; // unlocked and white; else locked in LOCKED_COLOUR
     // What the radius write compares against: the radius text of an FS8/9 model, empty otherwise.
     std::u16string RadiusOnLoad;

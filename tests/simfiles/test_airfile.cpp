@@ -5,11 +5,11 @@
 
 #include <gtest/gtest.h>
 
+#include "airfilebuilder.h"
 #include "core/scripteddialogs.h"
 #include "platform/fileio.h"
 #include "simfiles/airfile.h"
 #include "support/tempdir.h"
-#include "airfilebuilder.h"
 
 using namespace fleetwright;
 using fleetwright::test::AirFileBuilder;
@@ -63,11 +63,16 @@ TEST(ReadAirFile, WalksTheRecordChainToTheAircraftSection)
     } rows[] = {
         {"record 0x105 first", AirFileBuilder().aircraft(2).bytes(), AirType::AI},
         {"behind other records",
-         AirFileBuilder().record(0x1, "DR 1050\0"s).record(0x2, std::string(21, 'x')).aircraft(1).record(0x3, "ab").bytes(),
+         AirFileBuilder()
+             .record(0x1, "DR 1050\0"s)
+             .record(0x2, std::string(21, 'x'))
+             .aircraft(1)
+             .record(0x3, "ab")
+             .bytes(),
          AirType::Helicopter},
         {"a size of 0 steps over the header", AirFileBuilder().record(0x7, "").aircraft(0).bytes(), AirType::Normal},
-        {"a negative size steps backwards",
-         AirFileBuilder().record(0x9, headerInPayload).record(0x3, -20, "").bytes(), AirType::AI},
+        {"a negative size steps backwards", AirFileBuilder().record(0x9, headerInPayload).record(0x3, -20, "").bytes(),
+         AirType::AI},
         {"a header cut short keeps a whole type field; the value behind the end reads as 0",
          AirFileBuilder().record(0x1, "abcd").raw(int32Bytes(0x105) + "\x01\x00"s).bytes(), AirType::Normal},
     };
@@ -93,7 +98,8 @@ TEST(ReadAirFile, ChainsWithoutAnAircraftSectionEndAsNotFound)
     } rows[] = {
         {"chain ends at the end of the file", AirFileBuilder().record(0x1, "abc").record(0x341, "defgh").bytes()},
         {"size runs past the end", AirFileBuilder().record(0x1, 1000, "abcd").raw(int32Bytes(0x105)).bytes()},
-        {"size -8 returns to its own header", AirFileBuilder().record(0x1, "ab").record(0x2, -8, "").aircraft(0).bytes()},
+        {"size -8 returns to its own header",
+         AirFileBuilder().record(0x1, "ab").record(0x2, -8, "").aircraft(0).bytes()},
         {"size leads below the start", AirFileBuilder().record(0x1, "ab").record(0x2, -100, "").aircraft(0).bytes()},
         {"type field cut short", AirFileBuilder().record(0x1, "abcd").raw("\x05\x01"s).bytes()},
         {"next offset overflows", AirFileBuilder().record(0x1, 0x7FFFFFF8, "ab").aircraft(0).bytes()},
@@ -147,8 +153,9 @@ TEST(ReadAirFile, NameTheFileSystemCannotTakeShowsTheCommonErrorBox)
     EXPECT_EQ(ReadAirFile(widePath(dir.path()), state, dialogs).outcome, AirFileOutcome::Failed);
     ASSERT_EQ(dialogs.records().size(), 1u);
     EXPECT_EQ(dialogs.records()[0].kind, DialogKind::Plain);
-    EXPECT_EQ(dialogs.records()[0].text, u"A runtime error has occured\r\n\r\nError number: 52\r\nError description: Bad "
-                                         u"file name or number\r\nProcedure ReadAirFile\r\nLine: 0\r\nFormular frm_Main");
+    EXPECT_EQ(dialogs.records()[0].text,
+              u"A runtime error has occured\r\n\r\nError number: 52\r\nError description: Bad "
+              u"file name or number\r\nProcedure ReadAirFile\r\nLine: 0\r\nFormular frm_Main");
     EXPECT_EQ(state.AirTypeShown, 1);
 #endif
 }

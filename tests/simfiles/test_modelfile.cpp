@@ -124,8 +124,7 @@ TEST(ReadModelFile, TagAndRadius)
         writeBytes(dir / "model" / "skyliner200.mdl", row.bytes);
         const ModelFileReading reading = readModelFile(widePath(dir.path()), u"<default>", u"skyliner200");
         EXPECT_EQ(reading.outcome, ModelFileOutcome::Read);
-        EXPECT_EQ(reading.ModelFilePath,
-                  widePath(dir.path()) + SEPARATOR + u"model" + SEPARATOR + u"skyliner200.mdl");
+        EXPECT_EQ(reading.ModelFilePath, widePath(dir.path()) + SEPARATOR + u"model" + SEPARATOR + u"skyliner200.mdl");
         EXPECT_EQ(reading.versionText, row.version);
         EXPECT_EQ(reading.radiusText, row.radius);
         EXPECT_EQ(reading.radiusEditable, row.editable);
@@ -178,12 +177,24 @@ TEST(RadiusByte, ConvertsAsTheRunTimeDoes)
         char16_t separator;
         std::optional<std::uint8_t> byte;
     } rows[] = {
-        {u"0", u'.', 0},           {u"255", u'.', 255},      {u"256", u'.', std::nullopt},
-        {u"012", u'.', 12},        {u" 200 ", u'.', 200},    {u"7.5", u'.', 8},
-        {u"6.5", u'.', 6},         {u"7,5", u',', 8},        {u"255.4", u'.', 255},
-        {u"255.5", u'.', std::nullopt}, {u"-0.4", u'.', 0},  {u"-1", u'.', std::nullopt},
-        {u"&HFF", u'.', 255},      {u"&HFFFF", u'.', std::nullopt}, {u"2e2", u'.', 200},
-        {u"", u'.', std::nullopt}, {u"abc", u'.', std::nullopt},    {u"7,5", u'.', std::nullopt},
+        {u"0", u'.', 0},
+        {u"255", u'.', 255},
+        {u"256", u'.', std::nullopt},
+        {u"012", u'.', 12},
+        {u" 200 ", u'.', 200},
+        {u"7.5", u'.', 8},
+        {u"6.5", u'.', 6},
+        {u"7,5", u',', 8},
+        {u"255.4", u'.', 255},
+        {u"255.5", u'.', std::nullopt},
+        {u"-0.4", u'.', 0},
+        {u"-1", u'.', std::nullopt},
+        {u"&HFF", u'.', 255},
+        {u"&HFFFF", u'.', std::nullopt},
+        {u"2e2", u'.', 200},
+        {u"", u'.', std::nullopt},
+        {u"abc", u'.', std::nullopt},
+        {u"7,5", u'.', std::nullopt},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(std::string(row.text.begin(), row.text.end()));

@@ -84,57 +84,59 @@ std::vector<std::u16string> aircraftCfg()
     for (std::size_t i = 0; i < std::size(VARIATIONS); ++i) {
         const Variation &v = VARIATIONS[i];
         const std::u16string number(1, static_cast<char16_t>(u'0' + i));
-        lines.insert(lines.end(), {
-                                      u"[fltsim." + number + u"]",
-                                      u"title=Corvane Skyliner 200 " + std::u16string(v.airline),
-                                      u"sim=skyliner200",
-                                      u"model=",
-                                      u"panel=",
-                                      u"sound=",
-                                      u"texture=" + std::u16string(v.texture),
-                                      u"kb_checklists=",
-                                      u"kb_reference=",
-                                      u"atc_id=" + std::u16string(v.registration),
-                                      u"atc_airline=" + std::u16string(v.atcAirline),
-                                      u"atc_flight_number=" + std::u16string(v.flightNumber),
-                                      u"atc_heavy=0",
-                                      u"atc_parking_types=GATE,RAMP",
-                                      u"atc_parking_codes=" + std::u16string(v.parkingCodes),
-                                      u"ui_manufacturer=Corvane",
-                                      u"ui_type=Skyliner 200",
-                                      u"ui_variation=" + std::u16string(v.airline),
-                                      u"ui_typerole=Regional Airliner",
-                                      u"ui_createdby=Corvane Tools",
-                                      u"description=" + std::u16string(v.description),
-                                      u"",
-                                  });
+        lines.insert(lines.end(),
+                     {
+                         u"[fltsim." + number + u"]",
+                         u"title=Corvane Skyliner 200 " + std::u16string(v.airline),
+                         u"sim=skyliner200",
+                         u"model=",
+                         u"panel=",
+                         u"sound=",
+                         u"texture=" + std::u16string(v.texture),
+                         u"kb_checklists=",
+                         u"kb_reference=",
+                         u"atc_id=" + std::u16string(v.registration),
+                         u"atc_airline=" + std::u16string(v.atcAirline),
+                         u"atc_flight_number=" + std::u16string(v.flightNumber),
+                         u"atc_heavy=0",
+                         u"atc_parking_types=GATE,RAMP",
+                         u"atc_parking_codes=" + std::u16string(v.parkingCodes),
+                         u"ui_manufacturer=Corvane",
+                         u"ui_type=Skyliner 200",
+                         u"ui_variation=" + std::u16string(v.airline),
+                         u"ui_typerole=Regional Airliner",
+                         u"ui_createdby=Corvane Tools",
+                         u"description=" + std::u16string(v.description),
+                         u"",
+                     });
     }
-    lines.insert(lines.end(), {
-                                  u"[general]",
-                                  u"atc_type=CORVANE",
-                                  u"atc_model=SK200",
-                                  u"editable=1",
-                                  u"",
-                                  u"[airplane_geometry]",
-                                  u"wing_area=760.0",
-                                  u"wing_span=94.5",
-                                  u"wing_root_chord=11.2",
-                                  u"",
-                                  u"[exits]",
-                                  u"number_of_exits=2",
-                                  u"exit_rate.0=0.4",
-                                  u"exit_rate.1=0.4",
-                                  u"exit.0=0.4, 31.6, -5.8, 4.2, 0            //Main door",
-                                  u"exit.1=0.4, -33.0, 5.8, 4.2, 1            //Service door",
-                                  u"",
-                                  u"[effects]",
-                                  u"wake=fx_wake",
-                                  u"water=fx_spray",
-                                  u"dirt=fx_tchdrt",
-                                  u"concrete=fx_sparks",
-                                  u"touchdown=fx_tchdwn_s, 1",
-                                  u"",
-                              });
+    lines.insert(lines.end(),
+                 {
+                     u"[general]",
+                     u"atc_type=CORVANE",
+                     u"atc_model=SK200",
+                     u"editable=1",
+                     u"",
+                     u"[airplane_geometry]",
+                     u"wing_area=760.0",
+                     u"wing_span=94.5",
+                     u"wing_root_chord=11.2",
+                     u"",
+                     u"[exits]",
+                     u"number_of_exits=2",
+                     u"exit_rate.0=0.4",
+                     u"exit_rate.1=0.4",
+                     u"exit.0=0.4, 31.6, -5.8, 4.2, 0            //Main door",
+                     u"exit.1=0.4, -33.0, 5.8, 4.2, 1            //Service door",
+                     u"",
+                     u"[effects]",
+                     u"wake=fx_wake",
+                     u"water=fx_spray",
+                     u"dirt=fx_tchdrt",
+                     u"concrete=fx_sparks",
+                     u"touchdown=fx_tchdwn_s, 1",
+                     u"",
+                 });
     return lines;
 }
 
@@ -144,9 +146,8 @@ std::string bitmap(std::uint8_t red, std::uint8_t green, std::uint8_t blue)
     constexpr int SIDE = 4;
     constexpr std::int32_t PIXEL_BYTES = SIDE * SIDE * 3; // rows of 12 bytes need no padding
     std::string bytes = "BM" + int32Bytes(14 + 40 + PIXEL_BYTES) + int32Bytes(0) + int32Bytes(14 + 40);
-    bytes += int32Bytes(40) + int32Bytes(SIDE) + int32Bytes(SIDE) + std::string("\x01\x00\x18\x00", 4)
-        + int32Bytes(0) + int32Bytes(PIXEL_BYTES) + int32Bytes(2835) + int32Bytes(2835) + int32Bytes(0)
-        + int32Bytes(0);
+    bytes += int32Bytes(40) + int32Bytes(SIDE) + int32Bytes(SIDE) + std::string("\x01\x00\x18\x00", 4) + int32Bytes(0)
+        + int32Bytes(PIXEL_BYTES) + int32Bytes(2835) + int32Bytes(2835) + int32Bytes(0) + int32Bytes(0);
     for (int pixel = 0; pixel < SIDE * SIDE; ++pixel)
         bytes += {static_cast<char>(blue), static_cast<char>(green), static_cast<char>(red)};
     return bytes;
@@ -159,8 +160,8 @@ std::string model()
     std::string header(36, '\0');
     header[0] = 1; // header version
     header[8] = static_cast<char>(MODEL_RADIUS);
-    const std::string chunks = "MDLH" + int32Bytes(static_cast<std::int32_t>(header.size())) + header + "MDLD"
-        + int32Bytes(0);
+    const std::string chunks =
+        "MDLH" + int32Bytes(static_cast<std::int32_t>(header.size())) + header + "MDLD" + int32Bytes(0);
     return "RIFF" + int32Bytes(static_cast<std::int32_t>(4 + chunks.size())) + "MDL9" + chunks;
 }
 
