@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "app/startupsettings.h"
+#include "core/arraysearch.h"
 #include "core/clsinifile.h"
 #include "core/runtimeerror.h"
 #include "platform/codepage.h"
@@ -25,32 +26,6 @@ using platform::LookupKind;
 namespace {
 
 constexpr char16_t NATIVE_SEPARATOR = static_cast<char16_t>(fs::path::preferred_separator);
-
-char16_t lowerChar(char16_t ch)
-{
-    if ((ch >= u'A' && ch <= u'Z') || (ch >= 0xC0 && ch <= 0xDE && ch != 0xD7))
-        return static_cast<char16_t>(ch + 32);
-    switch (ch) {
-    case 0x160:
-        return 0x161; // Š
-    case 0x152:
-        return 0x153; // Œ
-    case 0x17D:
-        return 0x17E; // Ž
-    case 0x178:
-        return 0xFF; // Ÿ
-    default:
-        return ch;
-    }
-}
-
-std::u16string lowerCase(std::u16string_view text)
-{
-    std::u16string lower(text);
-    for (char16_t &ch : lower)
-        ch = lowerChar(ch);
-    return lower;
-}
 
 // folder + separator + name, where name may hold "\" for folders below.
 std::u16string joined(std::u16string_view folder, std::u16string_view name)
@@ -140,11 +115,11 @@ void readSimObjectPaths(SimulatorEnvironment &env, const platform::RegistryReade
     env.SimFolderPaths.clear();
     for (const std::u16string &key : keys) {
         skippingErrors(env.skippedErrors, [&] {
-            if (lowerCase(key).find(u"simobjectpaths") == std::u16string::npos)
+            if (LCase(key).find(u"simobjectpaths") == std::u16string::npos)
                 return;
             fsxCfg.setKey(key);
             const std::u16string raw = fsxCfg.Value();
-            const std::u16string low = lowerCase(raw);
+            const std::u16string low = LCase(raw);
             std::u16string folder =
                 low.size() >= 2 && low[1] == u':' ? registry.nativePath(raw) : joined(fsxFolder, low);
             if (!folderExists(folder))

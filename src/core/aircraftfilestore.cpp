@@ -27,17 +27,6 @@ namespace {
 // The counters of the checked-rows scan are 16-bit.
 constexpr std::size_t MAX_ROWS = std::numeric_limits<std::int16_t>::max();
 
-// The file at path as the file system would find it on Windows, where names ignore case.
-std::optional<fs::path> existingFile(const std::u16string &path)
-{
-    if (path.empty())
-        return std::nullopt;
-    const std::optional<fs::path> resolved = FileLookup::resolve(fs::path(path));
-    if (!resolved || !FileLookup::exists(*resolved, LookupKind::Files))
-        return std::nullopt;
-    return resolved;
-}
-
 std::u16string decimalText(std::size_t number)
 {
     const std::string digits = std::to_string(number);
@@ -49,7 +38,7 @@ std::u16string decimalText(std::size_t number)
 void FileToArray(const std::u16string &path, std::vector<std::u16string> &lines, Dialogs *dialogs,
                  const std::function<void()> &serveEvents)
 {
-    const std::optional<fs::path> file = existingFile(path);
+    const std::optional<fs::path> file = FileLookup::findFile(path);
     if (!file)
         return;
     const std::optional<std::string> bytes = platform::readWholeFile(*file);
@@ -119,7 +108,7 @@ void MakeBackup(const std::u16string &aircraftCfgPath, bool autoBackupOn)
     if (FileLookup::exists(backup, LookupKind::Files))
         return;
 
-    const std::optional<fs::path> source = existingFile(aircraftCfgPath);
+    const std::optional<fs::path> source = FileLookup::findFile(aircraftCfgPath);
     if (!source) {
         const fs::path folder = fs::path(aircraftCfgPath).parent_path();
         if (!folder.empty() && !FileLookup::exists(folder, LookupKind::Folders))

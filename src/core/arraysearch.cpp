@@ -157,4 +157,17 @@ bool IsInArrayLower(std::u16string &value, const std::vector<std::u16string> &ar
     return isInArray(value, array, lowerChar);
 }
 
+std::u16string LCase(std::u16string_view text)
+{
+    std::u16string lower(text);
+    for (char16_t &ch : lower)
+        ch = lowerChar(ch);
+    return lower;
+}
+
+std::u16string UCase(std::u16string_view text)
+{
+    return platform::foldName(text);
+}
+
 } // namespace fleetwright

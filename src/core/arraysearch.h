@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace fleetwright {
@@ -19,6 +20,10 @@ std::u16string StripComment(const std::u16string &text);
 // neither.
 bool IsInArrayUpper(std::u16string &value, const std::vector<std::u16string> &array);
 bool IsInArrayLower(std::u16string &value, const std::vector<std::u16string> &array);
+
+// The text in lower or upper case, for the letters that Windows-1252 holds: ASCII, Latin-1 and Š, Œ, Ž, Ÿ.
+std::u16string LCase(std::u16string_view text);
+std::u16string UCase(std::u16string_view text);
 
 // Whether text reads as a number the way the original's run time decided it: blanks around it, an optional
 // sign, digits with at most one decimal point (at least one digit), an optional exponent "E" with optional

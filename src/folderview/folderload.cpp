@@ -52,40 +52,6 @@ constexpr ColumnKey COLUMN_KEYS[] = {
     {u"texture", GridColumn::Texture},
 };
 
-// Lower case for name comparison: ASCII and the letters of Windows-1252.
-char16_t lowerChar(char16_t ch)
-{
-    if (ch >= u'A' && ch <= u'Z')
-        return ch + (u'a' - u'A');
-    if (ch >= 0xC0 && ch <= 0xDE && ch != 0xD7)
-        return ch + 0x20;
-    switch (ch) {
-    case 0x0160:
-        return 0x0161;
-    case 0x0152:
-        return 0x0153;
-    case 0x017D:
-        return 0x017E;
-    case 0x0178:
-        return 0x00FF;
-    default:
-        return ch;
-    }
-}
-
-std::u16string lowered(std::u16string_view text)
-{
-    std::u16string result(text);
-    for (char16_t &ch : result)
-        ch = lowerChar(ch);
-    return result;
-}
-
-std::u16string uppered(std::u16string_view text)
-{
-    return platform::foldName(text);
-}
-
 std::u16string_view trimBlanks(std::u16string_view text)
 {
     const std::size_t first = text.find_first_not_of(u' ');
@@ -185,7 +151,7 @@ void FolderReader::readSections()
     m_ini.EnumerateAllSections(sections, count);
     for (std::int32_t i = 1; i <= count; ++i) {
         std::u16string &name = sections[static_cast<std::size_t>(i - 1)];
-        const std::u16string left7 = lowered(std::u16string_view(name).substr(0, 7));
+        const std::u16string left7 = LCase(std::u16string_view(name).substr(0, 7));
         if (left7 == u"fltsim.")
             readVariationSection(name, i);
         else if (left7 == u"effects")
@@ -200,7 +166,7 @@ void FolderReader::readSections()
 void FolderReader::readVariationSection(std::u16string &name, std::int32_t place)
 {
     if (!m_seenSections) {
-        name = uppered(name);
+        name = UCase(name);
         m_seenSections.emplace();
     } else if (IsInArrayUpper(name, *m_seenSections)) {
         paintStatus(m_result.panel9, 9, u"AC Status: NOK", PanelColour::Red);
@@ -222,7 +188,7 @@ void FolderReader::readVariationSection(std::u16string &name, std::int32_t place
 void FolderReader::readVariationKey(const std::u16string &key, std::int32_t place)
 {
     GridRow &row = m_result.rows.back();
-    const std::u16string lowerKey = lowered(key);
+    const std::u16string lowerKey = LCase(key);
     if (lowerKey == u"description") {
         m_ini.setKey(key);
         m_result.Descriptions.back() = m_ini.Value();
@@ -236,7 +202,7 @@ void FolderReader::readVariationKey(const std::u16string &key, std::int32_t plac
     const std::u16string value = m_ini.Value();
     switch (column->column) {
     case GridColumn::ParkingTypes:
-        row[column->column] = StripComment(uppered(value));
+        row[column->column] = StripComment(UCase(value));
         break;
     case GridColumn::Model:
     case GridColumn::Texture:
@@ -277,7 +243,7 @@ void FolderReader::readEffectsSection(const std::u16string &name)
         std::u16string flat = value;
         std::erase(flat, u' ');
         const std::u16string text = value.substr(0, value.find(u','));
-        const std::u16string lowerKey = lowered(key);
+        const std::u16string lowerKey = LCase(key);
         for (std::size_t index = 0; index < EFFECT_COUNT; ++index) {
             if (lowerKey == EFFECT_KEYS[index]) {
                 m_result.txt_effects[index] = text;
@@ -294,10 +260,10 @@ void FolderReader::readOtherSection(const std::u16string &name)
     std::vector<std::u16string> keys;
     std::int32_t count = 0;
     m_ini.EnumerateCurrentSection(keys, count);
-    const bool general = lowered(name) == u"general";
+    const bool general = LCase(name) == u"general";
     for (std::int32_t k = 0; k < count; ++k) {
         const std::u16string &key = keys[static_cast<std::size_t>(k)];
-        const std::u16string lowerKey = lowered(key);
+        const std::u16string lowerKey = LCase(key);
         m_ini.setKey(key);
         if (lowerKey == u"wing_span") {
             m_result.txt_WingSpan_Org = numberText(leadingNumber(m_ini.Value()), m_input.decimalSeparator);

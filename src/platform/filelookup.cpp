@@ -177,4 +177,14 @@ std::optional<std::u16string> FileLookup::next()
     return m_names[m_next++];
 }
 
+std::optional<std::filesystem::path> FileLookup::findFile(const std::u16string &path)
+{
+    if (path.empty())
+        return std::nullopt;
+    std::optional<std::filesystem::path> resolved = resolve(std::filesystem::path(path));
+    if (!resolved || !exists(*resolved, LookupKind::Files))
+        return std::nullopt;
+    return resolved;
+}
+
 } // namespace fleetwright::platform

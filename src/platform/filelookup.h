@@ -42,6 +42,8 @@ public:
     // nowhere further down gives way to the next. Nothing when no such path exists. On Windows the file system ignores
     // case itself: the path as given, if it exists.
     static std::optional<std::filesystem::path> resolve(const std::filesystem::path &path);
+    // The file (not a folder) at path as resolve finds it; nothing for an empty path or no such file.
+    static std::optional<std::filesystem::path> findFile(const std::u16string &path);
     // Whether resolve finds an entry of the given kind.
     static bool exists(const std::filesystem::path &path, LookupKind kind = LookupKind::Files);
 

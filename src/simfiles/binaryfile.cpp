@@ -28,12 +28,7 @@ std::u16string nativeSeparators(std::u16string text)
 
 std::optional<fs::path> existingFile(const std::u16string &path)
 {
-    if (path.empty())
-        return std::nullopt;
-    const std::optional<fs::path> resolved = FileLookup::resolve(fs::path(path));
-    if (!resolved || !FileLookup::exists(*resolved, LookupKind::Files))
-        return std::nullopt;
-    return resolved;
+    return FileLookup::findFile(path);
 }
 
 bool writeBytesAt(const fs::path &path, std::uint64_t offset, std::string_view bytes)
