@@ -157,14 +157,14 @@ log=$build/logs/test_profile_reference-readonly.log
 name="test_profile_reference.exe $READ_ONLY_FILTER unprivileged"
 status=0
 if [ ${#as_nobody[@]} -gt 0 ]; then
-    mkdir -p "$nobody_root/prefix" "$nobody_root/home" "$nobody_root/work"
+    mkdir -p "$nobody_root/prefix" "$nobody_root/home" "$nobody_root/run"
     # A copy of its own, so that nothing of root's tree has to be readable to the user.
-    cp "$reference" "$nobody_root/work/"
+    cp "$reference" "$nobody_root/run/"
     chown -R $NOBODY:$NOBODY "$nobody_root"
-    cd "$nobody_root/work"
+    cd "$nobody_root/run"
     prepare_prefix "${as_nobody[@]}"
     run_program "$name" "$log" "${as_nobody[@]}" FLEETWRIGHT_WINE_UNPRIVILEGED=1 \
-        wine "$nobody_root/work/$(basename "$reference")" --gtest_filter="$READ_ONLY_FILTER" || status=$?
+        wine "$nobody_root/run/$(basename "$reference")" --gtest_filter="$READ_ONLY_FILTER" || status=$?
 else
     run_program "$name" "$log" "${in_prefix[@]}" FLEETWRIGHT_WINE_UNPRIVILEGED=1 \
         wine "$reference" --gtest_filter="$READ_ONLY_FILTER" || status=$?
