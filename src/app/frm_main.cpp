@@ -35,6 +35,7 @@
 #include "support/frm_texteditor.h"
 #include "support/tooltips.h"
 #include "support/windowtitle.h"
+#include "validation/frm_main_validation.h"
 
 using fleetwright::programState;
 using fleetwright::RuntimeError;
@@ -67,6 +68,7 @@ frm_Main::frm_Main(fleetwright::Dialogs *dialogs, QWidget *parent)
     m_c = buildMainForm(this);
     connectMenus();
     Form_Load();
+    new ValidationController(*this);
 }
 
 frm_Main::~frm_Main() = default;

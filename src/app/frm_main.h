@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -114,6 +115,7 @@ private:
     void openAirlinesFile(bool fsx);
     void OpenURL(const std::u16string &url);
     void connectFolderView();
+    void runEditing(const char16_t *procedure, const std::function<bool()> &operation);
     void quickNavigate(const std::u16string &root, const char16_t *missingText);
     void moveBrowser(const std::u16string &folder);
     void ReadAirFile();

@@ -4,6 +4,7 @@
 #include <ostream>
 #include <string_view>
 
+#include "cli/validatecommands.h"
 #include "version.h"
 
 namespace fleetwright {
@@ -17,6 +18,7 @@ using CommandFunction = int (*)(const std::vector<std::string> &args, std::ostre
 struct Command
 {
     std::string_view name;
+    std::string_view arguments;
     std::string_view summary;
     CommandFunction run;
 };
@@ -26,9 +28,20 @@ int showVersion(const std::vector<std::string> &args, std::ostream &out, std::os
 
 // The usage text is built from this table, so it lists exactly the commands that run.
 constexpr Command COMMANDS[] = {
-    {"--help", "show this text", showHelp},
-    {"--version", "show the version of fleetwright-check", showVersion},
+    {"validate", "FOLDER [OPTIONS]", "validate one aircraft folder and write its report", runValidateCommand},
+    {"validate-all", "ROOT [OPTIONS]", "validate every folder directly below ROOT into one report",
+     runValidateAllCommand},
+    {"--help", "", "show this text", showHelp},
+    {"--version", "", "show the version of fleetwright-check", showVersion},
 };
+
+std::string commandColumn(const Command &command)
+{
+    std::string column(command.name);
+    if (!command.arguments.empty())
+        column.append(" ").append(command.arguments);
+    return column;
+}
 
 void writeUsage(std::ostream &stream)
 {
@@ -39,19 +52,21 @@ void writeUsage(std::ostream &stream)
            << "Commands:\n";
     std::size_t width = 0;
     for (const Command &command : COMMANDS)
-        width = std::max(width, command.name.size());
-    for (const Command &command : COMMANDS)
-        stream << "  " << command.name << std::string(width - command.name.size() + 3, ' ') << command.summary << "\n";
+        width = std::max(width, commandColumn(command).size());
+    for (const Command &command : COMMANDS) {
+        const std::string column = commandColumn(command);
+        stream << "  " << column << std::string(width - column.size() + 3, ' ') << command.summary << "\n";
+    }
     stream << "\n"
-           << "Exit status: " << CHECK_EXIT_OK << " on success, " << CHECK_EXIT_USAGE
-           << " when the command line is wrong.\n";
-}
-
-int usageError(std::ostream &err, const std::string &message)
-{
-    err << PROGRAM << ": " << message << "\n"
-        << "Try '" << PROGRAM << " --help' for the list of commands.\n";
-    return CHECK_EXIT_USAGE;
+           << VALIDATE_OPTIONS_HELP << "\n"
+           << "Exit status:\n"
+           << "  " << CHECK_EXIT_OK << "   success; for validate and validate-all: no report has errors\n"
+           << "  " << CHECK_EXIT_ERRORS << "   a validation report has errors\n"
+           << "  " << CHECK_EXIT_NO_REPORT
+           << "   a folder was refused (no aircraft.cfg, no [fltsim.x] section), all report options are\n"
+           << "      off, a run-time error ended a run, or the report could not be written; for validate-all\n"
+           << "      this wins over 1\n"
+           << "  " << CHECK_EXIT_USAGE << "  the command line is wrong\n";
 }
 
 // A stray argument is a typing error, not something to skip.
@@ -79,6 +94,13 @@ int showVersion(const std::vector<std::string> &args, std::ostream &out, std::os
 }
 
 } // namespace
+
+int usageError(std::ostream &err, const std::string &message)
+{
+    err << PROGRAM << ": " << message << "\n"
+        << "Try '" << PROGRAM << " --help' for the list of commands.\n";
+    return CHECK_EXIT_USAGE;
+}
 
 int runCheckerCommand(const std::vector<std::string> &args, std::ostream &out, std::ostream &err)
 {

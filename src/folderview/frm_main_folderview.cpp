@@ -22,6 +22,8 @@
 #include "core/arraysearch.h"
 #include "core/errorbox.h"
 #include "core/runtimeerror.h"
+#include "editing/sectionrenumber.h"
+#include "editing/sortkeys.h"
 
 using fleetwright::RuntimeError;
 
@@ -71,9 +73,54 @@ void frm_Main::connectFolderView()
     connect(m_c.opt_ac_AI, &QRadioButton::clicked, this, [this] { airTypeOption_Click(2); });
     m_c.ListView1->setContextMenuPolicy(Qt::CustomContextMenu);
     connect(m_c.ListView1, &QTreeWidget::customContextMenuRequested, this, &frm_Main::ListView1_MouseDown);
+    for (QAction *item : {m_c.mnuRenumber, m_c.frm_RightClick.mnuRenumber})
+        connect(item, &QAction::triggered, this, [this] {
+            runEditing(u"FlightSimSectionRenumber", [this] {
+                return fleetwright::FlightSimSectionRenumber(m_aircraftIni.path(), ConfirmUpdates, AutoBackupOn,
+                                                             *m_dialogs);
+            });
+        });
+    for (QAction *item : {m_c.mnuSortKeys, m_c.frm_RightClick.mnuSortKeys})
+        connect(item, &QAction::triggered, this, [this] {
+            // The key order shows nowhere on the form: no reload.
+            runEditing(u"DoSortKeys", [this] {
+                fleetwright::DoSortKeys(m_aircraftIni, AutoBackupOn, *m_dialogs);
+                return false;
+            });
+        });
+    connect(m_c.frm_RightClick.mnuDelete, &QAction::triggered, this, [this] {
+        runEditing(u"FlightSimSectionDelete", [this] {
+            QTreeWidget *grid = m_c.ListView1;
+            fleetwright::GridRows rows;
+            if (QTreeWidgetItem *selected = grid->currentItem())
+                rows.selectedRow = static_cast<std::size_t>(grid->indexOfTopLevelItem(selected));
+            for (int row = 0; row < grid->topLevelItemCount(); ++row) {
+                const QTreeWidgetItem *item = grid->topLevelItem(row);
+                rows.texts.push_back(toU16String(item->text(0)));
+                rows.titles.push_back(toU16String(item->text(1)));
+                rows.checked.push_back(item->checkState(0) == Qt::Checked);
+            }
+            return fleetwright::FlightSimSectionDelete(m_aircraftIni, rows, ConfirmUpdates, AutoBackupOn, *m_dialogs);
+        });
+    });
     for (QComboBox *combo : {m_c.combo_Texture, m_c.combo_Model, m_c.combo_Airfile}) {
         connect(combo, &QComboBox::currentTextChanged, this, &frm_Main::associationCombo_Change);
         connect(combo, &QComboBox::activated, this, &frm_Main::associationCombo_Change);
+    }
+}
+
+// An editing operation that changed the file reloads the folder; a fault ends it where it stood, with a
+// box that names the error and the routine, and the program lives on.
+void frm_Main::runEditing(const char16_t *procedure, const std::function<bool()> &operation)
+{
+    try {
+        if (operation())
+            Dir1_Change();
+    } catch (const RuntimeError &error) {
+        RuntimeError named = error;
+        if (named.procedure().empty())
+            named.setProcedure(procedure);
+        m_dialogs->critical(fleetwright::commonErrorText(named), u"");
     }
 }
 

@@ -300,3 +300,22 @@ TEST_F(Navigation, NoToTheAirTypeQuestionRestoresTheTypeLastRead)
     EXPECT_EQ(fleetwright::test::readBytes(aircraft / "skyliner.air").substr(8, 4), littleEndian(2));
     EXPECT_EQ(dialogs.pendingAnswers(), 0u);
 }
+
+TEST_F(Navigation, DeletingTheSelectedRowReloadsARenumberedFile)
+{
+    const auto aircraft = makeAircraft(dir.path());
+    frm_Main form(&dialogs);
+    const MainFormControls &c = form.controls();
+    c.Dir1->setPath(nativeText(aircraft));
+    ASSERT_EQ(c.ListView1->topLevelItemCount(), 2);
+
+    c.ListView1->setCurrentItem(c.ListView1->topLevelItem(0));
+    dialogs.pushAnswer(true);
+    c.frm_RightClick.mnuDelete->trigger();
+    EXPECT_EQ(dialogs.records().back().text, u"About to delete section [FLTSIM.0] = Skyliner Blue. Are you sure?");
+    ASSERT_EQ(c.ListView1->topLevelItemCount(), 1);
+    EXPECT_EQ(c.ListView1->topLevelItem(0)->text(1), QStringLiteral("Skyliner Red"));
+    EXPECT_EQ(c.ListView1->topLevelItem(0)->text(0), QStringLiteral("FLTSIM.0"));
+    // The backup keeps the file as it stood before the first change.
+    EXPECT_NE(fleetwright::test::readBytes(aircraft / "aircraft.corvane").find("Skyliner Blue"), std::string::npos);
+}

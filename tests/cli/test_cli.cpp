@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <filesystem>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -5,6 +7,11 @@
 #include <gtest/gtest.h>
 
 #include "cli/checkercommands.h"
+#include "core/clsinifile.h"
+#include "core/dialogs.h"
+#include "support/tempdir.h"
+#include "validation/batchfixtures.h"
+#include "validation/validationrun.h"
 #include "version.h"
 
 namespace {
@@ -58,8 +65,11 @@ TEST(CheckerCommands, HelpListsExactlyTheCommandsThatRun)
     EXPECT_TRUE(help.out.starts_with("Usage: fleetwright-check COMMAND [ARGUMENTS]\n")) << help.out;
 
     const std::vector<std::string> listed = listedCommands(help.out);
-    EXPECT_EQ(listed, (std::vector<std::string> {"--help", "--version"}));
-    for (const std::string &name : listed) {
+    EXPECT_EQ(listed, (std::vector<std::string> {"validate", "validate-all", "--help", "--version"}));
+    for (const char *option : {"--fs9 DIR", "--fsx DIR", "--against fs9|fsx", "--options DIGITS", "--report FILE",
+                               "--errors-only", "Exit status:"})
+        EXPECT_NE(help.out.find(option), std::string::npos) << option;
+    for (const std::string &name : {std::string("--help"), std::string("--version")}) {
         SCOPED_TRACE(name);
         const CheckRun run = check({name});
         EXPECT_EQ(run.exitCode, fleetwright::CHECK_EXIT_OK);
@@ -79,13 +89,13 @@ TEST(CheckerCommands, VersionIsTheBuildVersion)
     EXPECT_EQ(version.err, "");
 }
 
-TEST(CheckerCommands, WrongCommandLinesGoToStderrWithExitCodeTwo)
+TEST(CheckerCommands, WrongCommandLinesGoToStderrWithExitCode64)
 {
     const std::string usage = check({"--help"}).out;
 
     const CheckRun none = check({});
     EXPECT_EQ(none.exitCode, fleetwright::CHECK_EXIT_USAGE);
-    EXPECT_EQ(none.exitCode, 2);
+    EXPECT_EQ(none.exitCode, 64);
     EXPECT_EQ(none.out, "");
     EXPECT_EQ(none.err, usage);
 
@@ -96,7 +106,15 @@ TEST(CheckerCommands, WrongCommandLinesGoToStderrWithExitCodeTwo)
     };
     const std::vector<Row> rows = {
         {{"frobnicate"}, "fleetwright-check: unknown command 'frobnicate'"},
-        {{"validate", "some folder"}, "fleetwright-check: unknown command 'validate'"},
+        {{"Validate", "some folder"}, "fleetwright-check: unknown command 'Validate'"},
+        {{"validate"}, "fleetwright-check: 'validate' needs a folder"},
+        {{"validate", "a", "b"}, "fleetwright-check: 'validate' takes one folder, got 'a' and 'b'"},
+        {{"validate", "a", "--errors-only"}, "fleetwright-check: 'validate' has no option '--errors-only'"},
+        {{"validate-all", "a", "--report"}, "fleetwright-check: '--report' needs a value"},
+        {{"validate-all", "a", "--against", "FS9"}, "fleetwright-check: '--against' takes fs9 or fsx, got 'FS9'"},
+        {{"validate", "a", "--options", "1111"}, "fleetwright-check: '--options' takes 23 digits 0 or 1, got '1111'"},
+        {{"validate", "a", "--options", "11111111111111111111112"},
+         "fleetwright-check: '--options' takes 23 digits 0 or 1, got '11111111111111111111112'"},
         {{""}, "fleetwright-check: unknown command ''"},
         {{"--HELP"}, "fleetwright-check: unknown command '--HELP'"},
         {{"-h"}, "fleetwright-check: unknown command '-h'"},
@@ -112,4 +130,156 @@ TEST(CheckerCommands, WrongCommandLinesGoToStderrWithExitCodeTwo)
         EXPECT_EQ(run.out, "");
         EXPECT_EQ(run.err, row.firstErrorLine + "\nTry 'fleetwright-check --help' for the list of commands.\n");
     }
+}
+
+namespace {
+
+using fleetwright::test::TempDir;
+using fleetwright::test::widePath;
+using fleetwright::test::writeBytes;
+namespace fs = std::filesystem;
+
+const std::string ALL_ON = "11111111111111111111111";
+
+// A path argument as the user would type it.
+std::string argument(const fs::path &path)
+{
+    return path.string();
+}
+
+// Simulators and the stored options out of the way: every run says what it checks against.
+std::vector<std::string> hermetic(std::vector<std::string> args, const std::string &options = ALL_ON)
+{
+    for (const char *fixed : {"--fs9", "", "--fsx", "", "--options"})
+        args.push_back(fixed);
+    args.push_back(options);
+    return args;
+}
+
+} // namespace
+
+TEST(CheckerValidate, ExitCodesAndMessages)
+{
+    const fleetwright::test::ScopedVariable time("SOURCE_DATE_EPOCH", fleetwright::test::FIXED_TIME);
+    TempDir dir;
+    fleetwright::test::writeAircraft(dir / "clean");
+    fleetwright::test::writeAircraft(dir / "error");
+    fs::remove_all(dir / "error" / "texture.red");
+    writeBytes(dir / "nosections" / "aircraft.cfg", fleetwright::test::crlf("[general]\natc_type=X\n"));
+    fs::create_directories(dir / "none");
+    const std::string report = argument(dir / "report.log");
+
+    struct Row
+    {
+        std::string folder;
+        std::string options;
+        int exitCode;
+        std::string err;
+    };
+    const std::vector<Row> rows = {
+        {"clean", ALL_ON, fleetwright::CHECK_EXIT_OK, ""},
+        {"error", ALL_ON, fleetwright::CHECK_EXIT_ERRORS, ""},
+        {"none", ALL_ON, fleetwright::CHECK_EXIT_NO_REPORT,
+         "fleetwright-check: No aircraft.cfg file found in this folder. Exiting here...\n"},
+        {"nosections", ALL_ON, fleetwright::CHECK_EXIT_NO_REPORT,
+         "fleetwright-check: An aircraft.cfg file without any [fltsim.x] section found in folder . Exiting here...\n"},
+        {"clean", std::string(23, '0'), fleetwright::CHECK_EXIT_NO_REPORT,
+         "fleetwright-check: You have disabled all analysis reporting options. Exiting here....\n"},
+    };
+    for (const Row &row : rows) {
+        SCOPED_TRACE(row.folder + " " + row.options);
+        fs::remove(dir / "report.log");
+        const CheckRun run = check(hermetic({"validate", argument(dir / row.folder), "--report", report}, row.options));
+        EXPECT_EQ(run.exitCode, row.exitCode);
+        EXPECT_EQ(run.err, row.err);
+        const bool written =
+            row.exitCode == fleetwright::CHECK_EXIT_OK || row.exitCode == fleetwright::CHECK_EXIT_ERRORS;
+        EXPECT_EQ(run.out, written ? report + "\n" : "");
+        EXPECT_EQ(fs::exists(dir / "report.log"), written);
+    }
+}
+
+TEST(CheckerValidate, ReportEqualsTheRunFedAsTheFormFeedsIt)
+{
+    const fleetwright::test::ScopedVariable time("SOURCE_DATE_EPOCH", fleetwright::test::FIXED_TIME);
+    TempDir dir;
+    const fs::path folder = dir / "aircraft";
+    fleetwright::test::writeAircraft(folder, "MDLX");
+    // A folder name with a trailing separator is the same folder to the form.
+    const CheckRun run = check(hermetic({"validate", argument(folder) + "/", "--report", "-"}));
+    ASSERT_EQ(run.exitCode, fleetwright::CHECK_EXIT_OK) << run.err;
+
+    // What the form holds after loading the folder: two rows, row 1's model an FSX one.
+    fleetwright::ValidationInput input;
+    input.folder = widePath(folder);
+    input.AnalyzeOptionList = std::vector<std::u16string>(23, u"1");
+    input.environment.TempFolder = widePath(dir.path()) + static_cast<char16_t>(fs::path::preferred_separator);
+    input.gridRowCount = 2;
+    input.textureFormatText = u"FSX";
+    input.reportPath = widePath(dir / "form.log");
+    fleetwright::NeverAskDialogs dialogs;
+    fleetwright::clsIniFile AircraftIni;
+    AircraftIni.setPath(widePath(folder / "aircraft.cfg"));
+    fleetwright::runValidation(input, AircraftIni, dialogs);
+    const std::string expected = fleetwright::test::readBytes(dir / "form.log");
+    EXPECT_NE(expected.find("Texture format:                    *.dds\r\n"), std::string::npos);
+    EXPECT_EQ(run.out, expected);
+}
+
+TEST(CheckerValidate, AgainstChoosesTheSimulatorWhenBothAreFound)
+{
+    TempDir dir;
+    fleetwright::test::writeAircraft(dir / "aircraft");
+    writeBytes(dir / "aircraft" / "aircraft.cfg",
+               fleetwright::test::crlf("[fltsim.0]\ntitle=One\nmodel=\ntexture=\nsim=corvane\natc_airline=CORVANE\n"));
+    writeBytes(dir / "FS9" / "Aircraft" / "airlines.cfg", fleetwright::test::crlf("CORVANE\n"));
+    writeBytes(dir / "FSX" / "airlines.cfg", fleetwright::test::crlf("OTHER\n"));
+    fs::create_directories(dir / "FSX" / "SimObjects");
+    for (const char *choice : {"fs9", "fsx"}) {
+        SCOPED_TRACE(choice);
+        const CheckRun run = check({"validate", argument(dir / "aircraft"), "--fs9", argument(dir / "FS9"), "--fsx",
+                                    argument(dir / "FSX"), "--options", "00000000011100000000000", "--against", choice,
+                                    "--report", "-"});
+        const std::string upper = choice == std::string("fs9") ? "FS9" : "FSX";
+        EXPECT_NE(run.out.find("atc_airlines compared against:     " + upper + "\r\n"), std::string::npos) << run.out;
+        EXPECT_EQ(run.exitCode, upper == "FS9" ? fleetwright::CHECK_EXIT_OK : fleetwright::CHECK_EXIT_ERRORS)
+            << run.out;
+        EXPECT_EQ(run.err, "");
+    }
+}
+
+TEST(CheckerValidateAll, ExitCodesAndErrorReport)
+{
+    const fleetwright::test::ScopedVariable time("SOURCE_DATE_EPOCH", fleetwright::test::FIXED_TIME);
+    TempDir dir;
+    fleetwright::test::writeAircraft(dir / "clean" / "a");
+    fs::create_directories(dir / "empty");
+    const CheckRun clean = check(hermetic({"validate-all", argument(dir / "clean"), "--report", "-"}));
+    EXPECT_EQ(clean.exitCode, fleetwright::CHECK_EXIT_OK) << clean.err;
+    EXPECT_NE(clean.out.find("(full report) *\r\n"), std::string::npos);
+    EXPECT_NE(clean.out.find("Report for \""), std::string::npos);
+
+    const CheckRun nothing = check(hermetic({"validate-all", argument(dir / "empty"), "--report", "-"}));
+    EXPECT_EQ(nothing.exitCode, fleetwright::CHECK_EXIT_OK);
+    EXPECT_EQ(std::count(nothing.out.begin(), nothing.out.end(), '\n'), 3); // the frame alone
+
+    fleetwright::test::writeAircraft(dir / "clean" / "b");
+    fs::remove_all(dir / "clean" / "b" / "texture.red");
+    const CheckRun errors =
+        check(hermetic({"validate-all", argument(dir / "clean"), "--errors-only", "--report", "-"}));
+    EXPECT_EQ(errors.exitCode, fleetwright::CHECK_EXIT_ERRORS);
+    EXPECT_NE(errors.out.find("(error report) *\r\n"), std::string::npos);
+    EXPECT_EQ(errors.out.find(argument(dir / "clean" / "a")), std::string::npos) << "a clean folder in an error report";
+
+    writeBytes(dir / "clean" / "c" / "notes.txt", "no aircraft");
+    const CheckRun refused =
+        check(hermetic({"validate-all", argument(dir / "clean"), "--errors-only", "--report", "-"}));
+    EXPECT_EQ(refused.exitCode, fleetwright::CHECK_EXIT_NO_REPORT);
+    EXPECT_NE(refused.out.find("No aircraft.cfg file found in folder " + argument(dir / "clean" / "c") + " *\r\n"),
+              std::string::npos);
+
+    const CheckRun gone = check(hermetic({"validate-all", argument(dir / "gone")}));
+    EXPECT_EQ(gone.exitCode, fleetwright::CHECK_EXIT_NO_REPORT);
+    EXPECT_NE(gone.err.find("Error number: 76"), std::string::npos) << gone.err;
+    EXPECT_EQ(gone.out, "");
 }

@@ -1,0 +1,9 @@
+#include "cli/binaryoutput.h"
+
+namespace fleetwright {
+
+// POSIX streams never translate line ends.
+void setBinaryStandardOutput()
+{}
+
+} // namespace fleetwright

@@ -1,0 +1,394 @@
+// Textures, models and airfiles of the sections held against the aircraft folder.
+
+#include <algorithm>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+#include "core/arraysearch.h"
+#include "core/clsinifile.h"
+#include "core/runtimeerror.h"
+#include "platform/filelookup.h"
+#include "simfiles/airfile.h"
+#include "simfiles/binaryfile.h"
+#include "validation/validationstate.h"
+
+namespace fleetwright::validation {
+
+namespace {
+
+namespace fs = std::filesystem;
+using platform::FileLookup;
+using platform::LookupKind;
+
+constexpr std::u16string_view AliasingNoteText = u" (fallback.x aliasing used in configuration, maybe valid)";
+
+char16_t sep()
+{
+    return simfiles::nativeSeparator();
+}
+
+std::u16string joinPath(const std::u16string &folder, const std::u16string &name)
+{
+    if (!folder.empty() && folder.back() == sep())
+        return folder + name;
+    return folder + sep() + name;
+}
+
+// What a report row shows of a native path: "\" between the parts on every platform.
+std::u16string reportForm(std::u16string path)
+{
+    std::replace(path.begin(), path.end(), sep(), u'\\');
+    return path;
+}
+
+bool PatternHasMatch(const std::u16string &pattern)
+{
+    if (pattern.empty())
+        return false;
+    return !FileLookup(fs::path(pattern), LookupKind::Files).names().empty();
+}
+
+std::u16string matchFlag(const std::u16string &pattern)
+{
+    return PatternHasMatch(pattern) ? u"-1" : u"0";
+}
+
+bool holdsPictures(const std::u16string &folder)
+{
+    return PatternHasMatch(joinPath(folder, u"*.bmp")) || PatternHasMatch(joinPath(folder, u"*.dds"));
+}
+
+// One profile read with the 250-character buffer of the texture.cfg and model.cfg reads.
+std::u16string ReadProfileValue(const std::u16string &section, const std::u16string &key, const fs::path &file)
+{
+    clsIniFile ini;
+    ini.setPath(file.u16string());
+    ini.setSection(section);
+    ini.setKey(key);
+    std::u16string value = ini.Value();
+    if (value.size() > 249)
+        value.resize(249);
+    return value;
+}
+
+// Reads a profile value of a file that first goes through ReadByteArray.
+std::u16string readConfigValue(const fs::path &file, const std::u16string &section, const std::u16string &key)
+{
+    std::vector<std::uint8_t> bytes;
+    ReadByteArray(file.u16string(), bytes);
+    return ReadProfileValue(section, key, file);
+}
+
+std::size_t CountOccurrences(std::u16string_view text, std::u16string_view delimiter)
+{
+    if (delimiter.empty())
+        return 0;
+    std::size_t count = 0;
+    for (std::size_t at = text.find(delimiter); at != std::u16string_view::npos;
+         at = text.find(delimiter, at + delimiter.size()))
+        ++count;
+    return count;
+}
+
+// Position from 1 of the n-th delimiter; 0 for n of 0 (or less), -1 when there are fewer.
+long long FindNthOccurrence(long long n, std::u16string_view text, std::u16string_view delimiter)
+{
+    if (n <= 0)
+        return 0;
+    std::size_t at = std::u16string_view::npos;
+    std::size_t from = 0;
+    for (long long i = 0; i < n; ++i) {
+        at = delimiter.empty() ? std::u16string_view::npos : text.find(delimiter, from);
+        if (at == std::u16string_view::npos)
+            return -1;
+        from = at + delimiter.size();
+    }
+    return static_cast<long long>(at) + 1;
+}
+
+std::u16string withoutAll(std::u16string text, std::u16string_view part)
+{
+    for (std::size_t at = text.find(part); at != std::u16string::npos; at = text.find(part, at))
+        text.erase(at, part.size());
+    return text;
+}
+
+// normal= of a model folder's Model.cfg, as a present or missing .mdl file.
+int modelFileState(const std::u16string &folder, std::u16string normal)
+{
+    normal = StripComment(normal);
+    if (LCase(std::u16string_view(normal).substr(normal.size() >= 3 ? normal.size() - 3 : 0)) != u"mdl")
+        normal += u".mdl";
+    return FileLookup::findFile(joinPath(folder, simfiles::nativeSeparators(normal))) ? StatePresent : StateMissing;
+}
+
+fs::path canonicalOf(const fs::path &path)
+{
+    std::error_code ec;
+    fs::path canonical = fs::canonical(path, ec);
+    return ec ? path : canonical;
+}
+
+std::vector<std::u16string> subfolderNames(const std::u16string &folder, const std::u16string &procedure)
+{
+    const auto resolved = FileLookup::resolve(fs::path(folder));
+    std::error_code ec;
+    if (!resolved || !fs::is_directory(*resolved, ec))
+        throw RuntimeError(76, u"Path not found", procedure);
+    fs::directory_iterator probe(*resolved, ec);
+    if (ec)
+        throw RuntimeError(70, u"Permission denied", procedure);
+    return FileLookup(fs::path(joinPath(folder, u"*")), LookupKind::Folders).names();
+}
+
+// AnalyzeTextureFolder and AnalyzeModelFolder: every folder below folder, parent before child, as the pair
+// "¦" + path + "¦" + whether it holds a file of mask. A link back into a folder of the walk would make the
+// path grow until it failed; that failure comes at once.
+void analyzeFolder(const std::u16string &folder, const std::u16string &mask, std::u16string &FolderScanText,
+                   const std::u16string &procedure)
+{
+    struct Pending
+    {
+        std::u16string path;
+        std::size_t depth;
+    };
+    std::vector<Pending> pending;
+    auto pushChildren = [&](const std::u16string &parent, std::size_t depth) {
+        const std::vector<std::u16string> names = subfolderNames(parent, procedure);
+        for (auto it = names.rbegin(); it != names.rend(); ++it)
+            pending.push_back({joinPath(parent, *it), depth});
+    };
+    pushChildren(folder, 1); // fails first when folder is no folder
+    std::vector<fs::path> inside {canonicalOf(*FileLookup::resolve(fs::path(folder)))};
+    while (!pending.empty()) {
+        const Pending item = std::move(pending.back());
+        pending.pop_back();
+        inside.resize(item.depth);
+        const fs::path canonical = canonicalOf(*FileLookup::resolve(fs::path(item.path)));
+        if (std::find(inside.begin(), inside.end(), canonical) != inside.end())
+            throw RuntimeError(76, u"Path not found", procedure);
+        FolderScanText += ListSeparator + item.path + ListSeparator + matchFlag(joinPath(item.path, mask));
+        inside.push_back(canonical);
+        pushChildren(item.path, item.depth + 1);
+    }
+}
+
+// The scan of the folders named like base.* and everything below them. The last pair is the aircraft folder
+// itself, which the wildcard's end adds.
+std::vector<std::pair<std::u16string, std::u16string>> folderScan(const RunState &state, const std::u16string &base,
+                                                                  const std::u16string &mask,
+                                                                  const std::u16string &procedure)
+{
+    FileLookup lookup(fs::path(state.FolderPrefix + base + u".*"), LookupKind::FilesAndFolders);
+    std::u16string name = lookup.next().value_or(std::u16string());
+    auto pair = [&](const std::u16string &n) {
+        return state.FolderPrefix + n + ListSeparator + matchFlag(joinPath(state.FolderPrefix + n, mask));
+    };
+    std::u16string FolderScanText = pair(name);
+    while (!name.empty()) {
+        analyzeFolder(state.FolderPrefix + name, mask, FolderScanText, procedure);
+        name = lookup.next().value_or(std::u16string());
+        FolderScanText += ListSeparator + pair(name);
+    }
+    const std::vector<std::u16string> FolderScanList = splitRows(FolderScanText);
+    std::vector<std::pair<std::u16string, std::u16string>> pairs;
+    for (std::size_t i = 0; i + 1 < FolderScanList.size(); i += 2)
+        pairs.emplace_back(FolderScanList[i], FolderScanList[i + 1]);
+    return pairs;
+}
+
+// The folder a record uses, as the scan names it relative to the aircraft folder.
+std::u16string usedFolderName(const std::u16string &base, const std::optional<std::u16string> &field)
+{
+    if (!field || field->empty() || field->front() == u'\\')
+        return base + field.value_or(std::u16string());
+    return base + u"." + *field;
+}
+
+void unusedFolders(RunState &state, const std::u16string &base, const std::u16string &mask,
+                   const std::u16string &procedure, std::optional<std::u16string> SectionRecord::*field,
+                   std::int16_t &found, std::u16string &unused)
+{
+    found = 0;
+    const auto pairs = folderScan(state, base, mask, procedure);
+    for (std::size_t p = 0; p + 1 < pairs.size(); ++p) {
+        const std::u16string &path = pairs[p].first;
+        const std::u16string R = LCase(reportForm(path.substr(std::min(path.size(), state.FolderPrefix.size()))));
+        const bool used =
+            std::any_of(state.SectionTable.begin(), state.SectionTable.end(),
+                        [&](const SectionRecord &r) { return LCase(usedFolderName(base, r.*field)) == R; });
+        if (used) {
+            increment(found);
+        } else if (pairs[p].second == u"-1") {
+            addRow(unused, u"..\\" + R);
+            increment(found);
+        }
+    }
+    zeroWhenEmpty(unused);
+}
+
+} // namespace
+
+void textureState(RunState &state, SectionRecord &record)
+{
+    if (!record.texture) {
+        record.textureState = StateUndefined;
+        state.AnyTextureUndefined = true;
+        return;
+    }
+    // A blank field ends T in "texture.", which the lookup reads as the folder "texture".
+    const std::u16string T = state.FolderPrefix + u"texture." + simfiles::nativeSeparators(*record.texture);
+    record.textureState = StateMissing;
+    if (!FileLookup::exists(fs::path(T), LookupKind::FilesAndFolders))
+        return;
+    if (holdsPictures(T)) {
+        record.textureState = StatePresent;
+        return;
+    }
+    const auto config = FileLookup::findFile(joinPath(T, u"texture.cfg"));
+    if (!config)
+        return;
+    state.AliasingNote = std::u16string(AliasingNoteText);
+    std::u16string V = readConfigValue(*config, u"fltsim", u"fallback.1");
+    if (V.empty())
+        return;
+    V = StripComment(V);
+    std::replace(V.begin(), V.end(), u'/', u'\\');
+    // Each "..\" climbs one level from T.
+    const long long n = static_cast<long long>(CountOccurrences(T, std::u16string(1, sep())));
+    const long long m = static_cast<long long>(CountOccurrences(V, u"..\\"));
+    const long long keep = FindNthOccurrence(n + 1 - m, T, std::u16string(1, sep()));
+    if (keep < 0)
+        throw RuntimeError(5, u"Invalid procedure call or argument", std::u16string(ProcedureName));
+    const std::u16string F =
+        T.substr(0, static_cast<std::size_t>(keep)) + simfiles::nativeSeparators(withoutAll(V, u"..\\"));
+    record.textureState = holdsPictures(F) ? StatePresent : StateMissing;
+}
+
+void airfileState(RunState &state, SectionRecord &record)
+{
+    if (!record.sim) {
+        record.airfileState = StateUndefined;
+        state.AnyAirfileUndefined = true;
+        return;
+    }
+    const std::u16string A = state.FolderPrefix + simfiles::nativeSeparators(*record.sim) + u".air";
+    record.airfileState = FileLookup::findFile(A) ? StatePresent : StateMissing;
+}
+
+void modelState(RunState &state, SectionRecord &record)
+{
+    if (!record.model) {
+        record.modelState = StateUndefined;
+        state.AnyModelUndefined = true;
+        return;
+    }
+    const std::u16string M = record.model->empty()
+        ? state.FolderPrefix + u"model"
+        : state.FolderPrefix + u"model." + simfiles::nativeSeparators(*record.model);
+    record.modelState = StateMissing;
+    if (!FileLookup::exists(fs::path(M), LookupKind::FilesAndFolders))
+        return;
+    const auto config = FileLookup::findFile(joinPath(M, u"Model.cfg"));
+    if (!config)
+        return;
+    const std::u16string normal = readConfigValue(*config, u"models", u"normal");
+    if (!normal.empty()) {
+        record.modelState = modelFileState(M, normal);
+        return;
+    }
+    std::u16string L = ReadProfileValue(u"fltsim", u"alias", *config);
+    if (L.empty())
+        return;
+    // An alias is relative to the folder that holds the aircraft folders.
+    L = simfiles::nativeSeparators(StripComment(L));
+    if (L.empty() || L.front() != sep())
+        L.insert(L.begin(), sep());
+    std::u16string above = state.FolderPrefix.substr(0, state.FolderPrefix.empty() ? 0 : state.FolderPrefix.size() - 1);
+    const std::size_t last = above.rfind(sep());
+    above.resize(last == std::u16string::npos ? 0 : last);
+    const std::u16string B = above + L;
+    const auto aliasConfig = FileLookup::findFile(joinPath(B, u"Model.cfg"));
+    if (!aliasConfig)
+        return;
+    const std::u16string aliasNormal = readConfigValue(*aliasConfig, u"models", u"normal");
+    if (aliasNormal.empty())
+        return;
+    record.modelState = modelFileState(B, aliasNormal);
+}
+
+void sharedTexturesPass(RunState &state)
+{
+    for (const SectionRecord &record : state.SectionTable) {
+        const std::u16string texture = record.texture.value_or(std::u16string());
+        // The same seen text as the titles: a texture inside any title or earlier texture is not looked at.
+        if (!state.SeenText.empty() && state.SeenText.find(texture) != std::u16string::npos)
+            continue;
+        addRow(state.SeenText, texture);
+        std::vector<std::u16string> group;
+        for (const SectionRecord &other : state.SectionTable)
+            if (other.texture.value_or(std::u16string()) == texture)
+                group.push_back(u"\"" + texture + u"\" --> " + other.sectionName);
+        if (group.size() >= 2)
+            for (const std::u16string &row : group)
+                addRow(state.TexturesShared, row);
+    }
+    zeroWhenEmpty(state.TexturesShared);
+}
+
+void textureChecks(RunState &state, const std::u16string &textureFormatText)
+{
+    state.TextureMask = textureFormatText == u"FSX" ? u"*.dds" : u"*.bmp";
+    unusedFolders(state, u"texture", state.TextureMask, u"AnalyzeTextureFolder", &SectionRecord::texture,
+                  state.TexturesFound, state.TexturesUnused);
+    for (const SectionRecord &record : state.SectionTable) {
+        if (record.textureState == StateMissing)
+            addRow(state.TexturesMissing,
+                   record.sectionName + u" -->  ..\\texture." + record.texture.value_or(std::u16string()));
+        if (state.AnyTextureUndefined && record.textureState == StateUndefined)
+            addRow(state.TexturesUndefined, record.sectionName + u" --> no 'texture=' entry");
+    }
+    zeroWhenEmpty(state.TexturesMissing);
+}
+
+void modelChecks(RunState &state)
+{
+    unusedFolders(state, u"model", u"*.mdl", u"AnalyzeModelFolder", &SectionRecord::model, state.ModelsFound,
+                  state.ModelsUnused);
+    for (const SectionRecord &record : state.SectionTable) {
+        if (record.modelState == StateMissing)
+            addRow(state.ModelsMissing,
+                   record.sectionName + u" -->  ..\\Model." + record.model.value_or(std::u16string()));
+        if (state.AnyModelUndefined && record.modelState == StateUndefined)
+            addRow(state.ModelsUndefined, record.sectionName + u" --> no 'model=' entry");
+    }
+    zeroWhenEmpty(state.ModelsMissing);
+}
+
+void airfileChecks(RunState &state)
+{
+    state.AirfilesFound = 0;
+    const FileLookup lookup(fs::path(state.FolderPrefix + u"*.air"), LookupKind::Files);
+    for (const std::u16string &name : lookup.names()) {
+        const std::u16string lowerName = LCase(name);
+        const bool used =
+            std::any_of(state.SectionTable.begin(), state.SectionTable.end(), [&](const SectionRecord &r) {
+                return LCase(r.sim.value_or(std::u16string()) + u".air") == lowerName;
+            });
+        if (!used)
+            addRow(state.AirfilesUnused, u"..\\" + lowerName);
+        increment(state.AirfilesFound);
+    }
+    zeroWhenEmpty(state.AirfilesUnused);
+    for (const SectionRecord &record : state.SectionTable) {
+        if (record.airfileState == StateMissing)
+            addRow(state.AirfilesMissing,
+                   record.sectionName + u" -->  ..\\" + LCase(record.sim.value_or(std::u16string()) + u".air"));
+        if (state.AnyAirfileUndefined && record.airfileState == StateUndefined)
+            addRow(state.AirfilesUndefined, record.sectionName + u" --> no 'sim=' entry");
+    }
+    zeroWhenEmpty(state.AirfilesMissing);
+}
+
+} // namespace fleetwright::validation
