@@ -182,7 +182,8 @@ std::optional<std::filesystem::path> FileLookup::findFile(const std::u16string &
     if (path.empty())
         return std::nullopt;
     std::optional<std::filesystem::path> resolved = resolve(std::filesystem::path(path));
-    if (!resolved || !exists(*resolved, LookupKind::Files))
+    std::error_code error;
+    if (!resolved || std::filesystem::is_directory(*resolved, error))
         return std::nullopt;
     return resolved;
 }

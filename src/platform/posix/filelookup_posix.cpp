@@ -144,6 +144,15 @@ std::optional<fs::path> FileLookup::resolve(const fs::path &path)
         return std::nullopt;
     const fs::path relative = path.relative_path();
     const std::vector<fs::path> components(relative.begin(), relative.end());
+    // The exact spelling wins at every level, so a path that exists as written is its own answer: one look
+    // instead of one per component. Components that Windows would trim take the long way.
+    const bool plain = std::none_of(components.begin(), components.end(), [](const fs::path &component) {
+        const std::string &text = component.native();
+        return !text.empty() && text != "." && text != ".." && (text.back() == '.' || text.back() == ' ');
+    });
+    std::error_code error;
+    if (plain && fs::exists(fs::status(path, error)))
+        return path;
     return resolveBelow(path.root_path(), components, 0);
 }
 
