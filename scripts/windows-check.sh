@@ -177,6 +177,44 @@ if [ $status -eq 0 ] && { ! grep -q '^\[  PASSED  \] [1-9]' "$log" || grep -q '^
     record FAIL "$name" 0
 fi
 
+# --- the same report from the Windows and the Linux checker ------------------------------------------------------
+# Only when the native build stands beside this one (CI builds it first). The header, with the date and the
+# folder path and the frame of stars around them, differs by nature and is left out of the comparison.
+native_checker=${FLEETWRIGHT_NATIVE_CHECKER:-$root/build/src/cli/fleetwright-check}
+if [ -x "$native_checker" ]; then
+    stage "Same report from the Windows and the Linux checker"
+    aircraft="$build/report-check/Corvane Check"
+    rm -rf "$build/report-check"
+    mkdir -p "$aircraft/texture.blue" "$aircraft/model" "$aircraft/empty"
+    printf '[fltsim.0]\r\ntitle=Corvane Check Blue\r\nmodel=\r\ntexture=blue\r\nsim=check\r\natc_airline=CORVANE\r\n'\
+'[fltsim.2]\r\ntitle=Corvane Check Blue\r\nmodel=heavy\r\ntexture=red // gone\r\nsim=missing\r\n'\
+'[effects]\r\nwake=fx_wake, 1\r\n' >"$aircraft/aircraft.cfg"
+    printf '[models]\r\nnormal=check\r\n' >"$aircraft/model/model.cfg"
+    printf 'bmp' >"$aircraft/texture.blue/check_t.bmp"
+    options=11111111111111111111111
+    native_log=$build/logs/report-native.log
+    windows_log=$build/logs/report-windows.log
+    start=$SECONDS
+    report_status=0
+    env SOURCE_DATE_EPOCH=1700000000 FLEETWRIGHT_SETTINGS="$build/report-check/settings.ini" \
+        "$native_checker" validate "$aircraft" --fs9 "" --fsx "" --options $options --report "$native_log" \
+        >/dev/null 2>&1 || true
+    "${in_prefix[@]}" SOURCE_DATE_EPOCH=1700000000 wine "$checker" validate "Z:$aircraft" --fs9 "" --fsx "" \
+        --options $options --report "Z:$windows_log" >/dev/null 2>&1 || true
+    if [ ! -s "$native_log" ] || [ ! -s "$windows_log" ]; then
+        echo "a checker wrote no report"
+        report_status=1
+    elif ! diff <(sed 1,3d "$native_log") <(sed 1,3d "$windows_log"); then
+        report_status=1
+    fi
+    if [ $report_status -eq 0 ]; then
+        echo "the reports agree ($(wc -l <"$native_log") lines)"
+        record PASS "same report from both checkers" $((SECONDS - start))
+    else
+        record FAIL "same report from both checkers" $((SECONDS - start))
+    fi
+fi
+
 # --- summary -----------------------------------------------------------------------------------------------------
 echo
 echo "==> Windows check summary ($((SECONDS - started))s in all)"

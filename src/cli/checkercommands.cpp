@@ -4,6 +4,7 @@
 #include <ostream>
 #include <string_view>
 
+#include "cli/editcommands.h"
 #include "cli/validatecommands.h"
 #include "version.h"
 
@@ -31,6 +32,10 @@ constexpr Command COMMANDS[] = {
     {"validate", "FOLDER [OPTIONS]", "validate one aircraft folder and write its report", runValidateCommand},
     {"validate-all", "ROOT [OPTIONS]", "validate every folder directly below ROOT into one report",
      runValidateAllCommand},
+    {"renumber", "FOLDER [--no-backup]", "number the [fltsim.x] sections of aircraft.cfg from 0 in file order",
+     runRenumberCommand},
+    {"sort-keys", "FOLDER [--no-backup]", "put the keys of every [fltsim.x] section in the standard order",
+     runSortKeysCommand},
     {"--help", "", "show this text", showHelp},
     {"--version", "", "show the version of fleetwright-check", showVersion},
 };
@@ -59,13 +64,15 @@ void writeUsage(std::ostream &stream)
     }
     stream << "\n"
            << VALIDATE_OPTIONS_HELP << "\n"
+           << EDIT_OPTIONS_HELP << "\n"
            << "Exit status:\n"
            << "  " << CHECK_EXIT_OK << "   success; for validate and validate-all: no report has errors\n"
            << "  " << CHECK_EXIT_ERRORS << "   a validation report has errors\n"
            << "  " << CHECK_EXIT_NO_REPORT
            << "   a folder was refused (no aircraft.cfg, no [fltsim.x] section), all report options are\n"
            << "      off, a run-time error ended a run, or the report could not be written; for validate-all\n"
-           << "      this wins over 1\n"
+           << "      this wins over 1; for renumber and sort-keys: aircraft.cfg is missing or cannot be read\n"
+           << "      or written\n"
            << "  " << CHECK_EXIT_USAGE << "  the command line is wrong\n";
 }
 

@@ -9,6 +9,9 @@
 #include "cli/checkercommands.h"
 #include "core/clsinifile.h"
 #include "core/dialogs.h"
+#include "core/scripteddialogs.h"
+#include "editing/sectionrenumber.h"
+#include "editing/sortkeys.h"
 #include "support/tempdir.h"
 #include "validation/batchfixtures.h"
 #include "validation/validationrun.h"
@@ -65,7 +68,8 @@ TEST(CheckerCommands, HelpListsExactlyTheCommandsThatRun)
     EXPECT_TRUE(help.out.starts_with("Usage: fleetwright-check COMMAND [ARGUMENTS]\n")) << help.out;
 
     const std::vector<std::string> listed = listedCommands(help.out);
-    EXPECT_EQ(listed, (std::vector<std::string> {"validate", "validate-all", "--help", "--version"}));
+    EXPECT_EQ(listed,
+              (std::vector<std::string> {"validate", "validate-all", "renumber", "sort-keys", "--help", "--version"}));
     for (const char *option : {"--fs9 DIR", "--fsx DIR", "--against fs9|fsx", "--options DIGITS", "--report FILE",
                                "--errors-only", "Exit status:"})
         EXPECT_NE(help.out.find(option), std::string::npos) << option;
@@ -282,4 +286,50 @@ TEST(CheckerValidateAll, ExitCodesAndErrorReport)
     EXPECT_EQ(gone.exitCode, fleetwright::CHECK_EXIT_NO_REPORT);
     EXPECT_NE(gone.err.find("Error number: 76"), std::string::npos) << gone.err;
     EXPECT_EQ(gone.out, "");
+}
+
+TEST(EditCommands, ScriptsGetTheBytesTheProgramWrites)
+{
+    const std::string cfg = "[fltsim.3]\r\nui_type=Skyliner\r\ntitle=A // first\r\nmodel=\r\n[general]\r\n"
+                            "atc_type=X\r\n[fltsim.7]\r\nAtc_Id=CV-1\r\ntitle=B\r\n";
+    fleetwright::test::TempDir dir;
+    for (const char *folder : {"script", "program"})
+        fleetwright::test::writeBytes(dir / folder / "Aircraft.cfg", cfg);
+
+    const CheckRun renumber = check({"renumber", (dir / "script").string()});
+    EXPECT_EQ(renumber.exitCode, 0) << renumber.err;
+    const CheckRun sort = check({"sort-keys", (dir / "script").string(), "--no-backup"});
+    EXPECT_EQ(sort.exitCode, 0) << sort.err;
+    EXPECT_NE(sort.out.find("sorted the keys"), std::string::npos);
+
+    const std::u16string program = fleetwright::test::widePath(dir / "program" / "Aircraft.cfg");
+    fleetwright::Renumber_fltsim(program, true);
+    fleetwright::clsIniFile ini;
+    ini.setPath(program);
+    fleetwright::ScriptedDialogs dialogs;
+    fleetwright::DoSortKeys(ini, true, dialogs);
+    EXPECT_EQ(fleetwright::test::readBytes(dir / "script" / "Aircraft.cfg"),
+              fleetwright::test::readBytes(dir / "program" / "Aircraft.cfg"));
+    EXPECT_EQ(fleetwright::test::readBytes(dir / "script" / "Aircraft.corvane"), cfg);
+}
+
+TEST(EditCommands, MissingOrReadOnlyFilesAreRefusedWithAMessage)
+{
+    fleetwright::test::TempDir dir;
+    CheckRun run = check({"renumber", (dir / "nothing").string()});
+    EXPECT_EQ(run.exitCode, fleetwright::CHECK_EXIT_NO_REPORT);
+    EXPECT_NE(run.err.find("no aircraft.cfg in"), std::string::npos);
+
+    fleetwright::test::writeBytes(dir / "ro" / "aircraft.cfg", "[fltsim.4]\r\n");
+    std::filesystem::permissions(dir / "ro" / "aircraft.cfg",
+                                 std::filesystem::perms::owner_write | std::filesystem::perms::group_write
+                                     | std::filesystem::perms::others_write,
+                                 std::filesystem::perm_options::remove);
+    run = check({"sort-keys", (dir / "ro").string()});
+    EXPECT_EQ(run.exitCode, fleetwright::CHECK_EXIT_NO_REPORT);
+    EXPECT_NE(run.err.find("is read-only; nothing changed"), std::string::npos);
+    EXPECT_EQ(fleetwright::test::readBytes(dir / "ro" / "aircraft.cfg"), "[fltsim.4]\r\n");
+
+    EXPECT_EQ(check({"renumber"}).exitCode, fleetwright::CHECK_EXIT_USAGE);
+    EXPECT_EQ(check({"renumber", (dir / "ro").string(), "--force"}).exitCode, fleetwright::CHECK_EXIT_USAGE);
 }
