@@ -179,7 +179,7 @@ fi
 
 # --- the same report from the Windows and the Linux checker ------------------------------------------------------
 # Only when the native build stands beside this one (CI builds it first). The header, with the date and the
-# folder path and the frame of stars around them, differs by nature and is left out of the comparison.
+# folder path, differs by nature and is left out of the comparison, and so is the frame sized to it.
 native_checker=${FLEETWRIGHT_NATIVE_CHECKER:-$root/build/src/cli/fleetwright-check}
 if [ -x "$native_checker" ]; then
     stage "Same report from the Windows and the Linux checker"
@@ -191,6 +191,8 @@ if [ -x "$native_checker" ]; then
 '[effects]\r\nwake=fx_wake, 1\r\n' >"$aircraft/aircraft.cfg"
     printf '[models]\r\nnormal=check\r\n' >"$aircraft/model/model.cfg"
     printf 'bmp' >"$aircraft/texture.blue/check_t.bmp"
+    # The frame's lines of stars and rules are as wide as the header, which holds the folder path.
+    report_body() { sed 1,3d "$1" | tr -d '\r' | grep -vE '^([*]+|(-:)+-?)$'; }
     options=11111111111111111111111
     native_log=$build/logs/report-native.log
     windows_log=$build/logs/report-windows.log
@@ -204,7 +206,7 @@ if [ -x "$native_checker" ]; then
     if [ ! -s "$native_log" ] || [ ! -s "$windows_log" ]; then
         echo "a checker wrote no report"
         report_status=1
-    elif ! diff <(sed 1,3d "$native_log") <(sed 1,3d "$windows_log"); then
+    elif ! diff <(report_body "$native_log") <(report_body "$windows_log"); then
         report_status=1
     fi
     if [ $report_status -eq 0 ]; then
