@@ -44,4 +44,62 @@ bool clearReadOnly(const std::filesystem::path &path);
 // Returns false, with the old file as it stood, on any failure, and when the file is read-only.
 bool replaceFileAtomically(const std::filesystem::path &path, std::string_view bytes);
 
+// Why an exclusive open failed.
+enum class ExclusiveOpenFailure
+{
+    None,     // opened, or nothing tried yet
+    NotFound, // no file at the path, or a folder on the way is missing
+    Locked,   // another holder has the file: the simulator, another program, or another open of our own
+    Denied,   // no permission; for ReadWrite also a file without write permission, even for root
+    NotAFile, // a folder, a device, a pipe
+    Other,
+};
+
+enum class ExclusiveAccess
+{
+    Read,
+    ReadWrite, // never creates and never truncates
+};
+
+// A file opened for binary access that nobody else may use while it is open, the way the simulator's own
+// files are patched. Windows opens with share mode 0, so any other open of the file fails, and an open fails
+// while anyone else has the file open at all. Elsewhere the file carries a non-blocking advisory lock
+// (flock, exclusive) that fails while another holder has one; programs that do not lock are not kept out.
+// Closed at the end of its life.
+class ExclusiveFile
+{
+public:
+    ExclusiveFile() = default;
+    ~ExclusiveFile();
+    ExclusiveFile(ExclusiveFile &&other) noexcept;
+    ExclusiveFile &operator=(ExclusiveFile &&other) noexcept;
+    ExclusiveFile(const ExclusiveFile &) = delete;
+    ExclusiveFile &operator=(const ExclusiveFile &) = delete;
+
+    // An existing regular file. Check isOpen(), and failure() for the reason when it is not.
+    static ExclusiveFile open(const std::filesystem::path &path, ExclusiveAccess access);
+
+    bool isOpen() const { return m_handle != INVALID; }
+    ExclusiveOpenFailure failure() const { return m_failure; }
+
+    std::optional<std::uint64_t> size() const;
+    // The whole content, from the first byte to the end.
+    std::optional<std::string> readAll() const;
+    // Up to count bytes from offset; fewer where the file ends, none at or behind its end.
+    std::optional<std::string> readAt(std::uint64_t offset, std::size_t count) const;
+    // Writes bytes at offset, in place. A write behind the end grows the file, the gap reading as zero
+    // bytes. False on a file opened for reading only and on any failure.
+    bool writeAt(std::uint64_t offset, std::string_view bytes);
+    // Lets the file go, lock and all. False when the system reports a failure (a write that did not reach
+    // the disk); the file is closed all the same.
+    bool close();
+
+private:
+    static constexpr std::intptr_t INVALID = -1; // a closed descriptor, or INVALID_HANDLE_VALUE
+
+    std::intptr_t m_handle = INVALID;
+    bool m_writable = false;
+    ExclusiveOpenFailure m_failure = ExclusiveOpenFailure::None;
+};
+
 } // namespace fleetwright::platform

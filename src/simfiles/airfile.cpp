@@ -86,8 +86,10 @@ AirFileReading ReadAirFile(const std::u16string &folder, AirFileState &state, Di
     if (!file)
         return {AirFileOutcome::NoFile};
 
-    // From the open on, a file that cannot be read reads as one without an aircraft section, silently.
-    const std::optional<std::string> bytes = platform::readWholeFile(*file);
+    // From the open on, a file that cannot be read (held by the simulator, say) reads as one without an
+    // aircraft section, silently.
+    const platform::ExclusiveFile air = platform::ExclusiveFile::open(*file, platform::ExclusiveAccess::Read);
+    const std::optional<std::string> bytes = air.readAll();
     if (!bytes)
         return {AirFileOutcome::NoAircraftSection};
     const AircraftSection section = locateAircraftSection(*bytes);
@@ -134,7 +136,9 @@ AirTypePatch patchAirType(AirType type, const AirFileState &state, bool confirmU
     };
     if (!platform::clearReadOnly(*file))
         return fail();
-    const std::optional<std::string> bytes = platform::readWholeFile(*file);
+    // Walk and write under one exclusive open, so that nothing can change the chain in between.
+    platform::ExclusiveFile air = platform::ExclusiveFile::open(*file, platform::ExclusiveAccess::ReadWrite);
+    const std::optional<std::string> bytes = air.readAll();
     if (!bytes)
         return fail();
     const AircraftSection section = locateAircraftSection(*bytes);
@@ -146,8 +150,8 @@ AirTypePatch patchAirType(AirType type, const AirFileState &state, bool confirmU
     // Only the low half: the type is written as a 16-bit value.
     const auto value = static_cast<std::uint16_t>(type);
     const char low[2] = {static_cast<char>(value & 0xFF), static_cast<char>(value >> 8)};
-    if (!simfiles::writeBytesAt(*file, static_cast<std::uint64_t>(section.offset + TYPE_OFFSET),
-                                std::string_view(low, 2)))
+    if (!air.writeAt(static_cast<std::uint64_t>(section.offset + TYPE_OFFSET), std::string_view(low, 2))
+        || !air.close())
         return fail();
     return {AirTypePatchOutcome::Written};
 }

@@ -127,7 +127,9 @@ ModelFileReading readModelFile(const std::u16string &folder, const std::u16strin
         reading.failureMessage = modelFileReadFailureText(reading.ModelFilePath);
         return reading;
     };
-    const std::optional<std::string> bytes = platform::readWholeFile(*file);
+    // Held by the simulator or another program, the file does not open and the read fails.
+    const std::optional<std::string> bytes =
+        platform::ExclusiveFile::open(*file, platform::ExclusiveAccess::Read).readAll();
     if (!bytes || bytes->size() < TAG_OFFSET + 4)
         return fail();
     const std::string_view tag = std::string_view(*bytes).substr(TAG_OFFSET, 4);
@@ -192,11 +194,15 @@ RadiusWriteOutcome writeModelRadius(const std::u16string &ModelFilePath, const s
     const std::optional<fs::path> file = existingFile(ModelFilePath);
     if (!file || !platform::clearReadOnly(*file))
         return fail();
+    // Opened before the text is converted: a model the simulator holds fails whatever the text.
+    platform::ExclusiveFile model = platform::ExclusiveFile::open(*file, platform::ExclusiveAccess::ReadWrite);
+    if (!model.isOpen())
+        return fail();
     const std::optional<std::uint8_t> radius = radiusByte(radiusText, decimalSeparator);
     if (!radius)
         return fail();
     const char byte = static_cast<char>(*radius);
-    if (!simfiles::writeBytesAt(*file, RADIUS_OFFSET, std::string_view(&byte, 1)))
+    if (!model.writeAt(RADIUS_OFFSET, std::string_view(&byte, 1)) || !model.close())
         return fail();
     return RadiusWriteOutcome::Written;
 }

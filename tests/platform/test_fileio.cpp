@@ -124,3 +124,102 @@ TEST(FileIo, ReplaceFileAtomically)
         EXPECT_FALSE(fs::exists(dir / "nowhere"));
     }
 }
+
+TEST(ExclusiveFile, ReadsAndWritesInPlace)
+{
+    TempDir dir;
+    const std::string bytes("RIFF\0\x01\x02\x03MDL9", 12);
+    writeBytes(dir / "a.mdl", bytes);
+    {
+        ExclusiveFile file = ExclusiveFile::open(dir / "a.mdl", ExclusiveAccess::ReadWrite);
+        ASSERT_TRUE(file.isOpen());
+        EXPECT_EQ(file.failure(), ExclusiveOpenFailure::None);
+        EXPECT_EQ(file.size(), 12u);
+        EXPECT_EQ(file.readAll(), bytes);
+        EXPECT_EQ(file.readAt(8, 4), "MDL9");
+        EXPECT_EQ(file.readAt(10, 100), "L9");
+        EXPECT_EQ(file.readAt(12, 4), "");
+        EXPECT_EQ(file.readAt(40, 4), "");
+
+        EXPECT_TRUE(file.writeAt(4, "ab"));
+        EXPECT_TRUE(file.writeAt(14, "Z"));
+        EXPECT_EQ(file.readAll(), std::string("RIFFab\x02\x03MDL9\0\0Z", 15));
+        EXPECT_TRUE(file.close());
+        EXPECT_FALSE(file.isOpen());
+        EXPECT_EQ(file.readAll(), std::nullopt);
+        EXPECT_FALSE(file.writeAt(0, "x"));
+    }
+    // A short write neither truncates nor moves what lies behind it.
+    EXPECT_EQ(readBytes(dir / "a.mdl"), std::string("RIFFab\x02\x03MDL9\0\0Z", 15));
+
+    std::string big(300000, 'x');
+    big[299999] = 'y';
+    writeBytes(dir / "big.air", big);
+    ExclusiveFile reader = ExclusiveFile::open(dir / "big.air", ExclusiveAccess::Read);
+    EXPECT_EQ(reader.readAll(), big);
+    EXPECT_FALSE(reader.writeAt(0, "lost"));
+    reader.close();
+    EXPECT_EQ(readBytes(dir / "big.air"), big);
+
+    writeBytes(dir / "empty.air", "");
+    EXPECT_EQ(ExclusiveFile::open(dir / "empty.air", ExclusiveAccess::Read).readAll(), std::string());
+}
+
+TEST(ExclusiveFile, OpenFailures)
+{
+    TempDir dir;
+    fs::create_directory(dir / "folder");
+    writeBytes(dir / "ro.air", "keep");
+    makeReadOnly(dir / "ro.air");
+    const struct
+    {
+        const char *name;
+        fs::path path;
+        ExclusiveAccess access;
+        ExclusiveOpenFailure failure;
+    } rows[] = {
+        {"missing", dir / "missing.air", ExclusiveAccess::Read, ExclusiveOpenFailure::NotFound},
+        {"missing folder", dir / "nowhere" / "a.air", ExclusiveAccess::ReadWrite, ExclusiveOpenFailure::NotFound},
+        {"folder, read", dir / "folder", ExclusiveAccess::Read, ExclusiveOpenFailure::NotAFile},
+        {"folder, write", dir / "folder", ExclusiveAccess::ReadWrite, ExclusiveOpenFailure::NotAFile},
+        // Also when root runs the test: the missing write permission counts.
+        {"read-only file, write", dir / "ro.air", ExclusiveAccess::ReadWrite, ExclusiveOpenFailure::Denied},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.name);
+        const ExclusiveFile file = ExclusiveFile::open(row.path, row.access);
+        EXPECT_FALSE(file.isOpen());
+        EXPECT_EQ(file.failure(), row.failure);
+    }
+    EXPECT_FALSE(fs::exists(dir / "missing.air"));
+    EXPECT_EQ(ExclusiveFile::open(dir / "ro.air", ExclusiveAccess::Read).readAll(), "keep");
+}
+
+TEST(ExclusiveFile, OneHolderAtATime)
+{
+    TempDir dir;
+    writeBytes(dir / "a.air", "abcd");
+    for (const ExclusiveAccess first : {ExclusiveAccess::Read, ExclusiveAccess::ReadWrite}) {
+        for (const ExclusiveAccess second : {ExclusiveAccess::Read, ExclusiveAccess::ReadWrite}) {
+            SCOPED_TRACE(std::to_string(static_cast<int>(first)) + " then " + std::to_string(static_cast<int>(second)));
+            ExclusiveFile holder = ExclusiveFile::open(dir / "a.air", first);
+            ASSERT_TRUE(holder.isOpen());
+            const ExclusiveFile refused = ExclusiveFile::open(dir / "a.air", second);
+            EXPECT_FALSE(refused.isOpen());
+            EXPECT_EQ(refused.failure(), ExclusiveOpenFailure::Locked);
+            EXPECT_EQ(refused.readAll(), std::nullopt);
+
+            // The hold moves with the object and ends with its close.
+            ExclusiveFile moved = std::move(holder);
+            EXPECT_FALSE(holder.isOpen());
+            EXPECT_EQ(ExclusiveFile::open(dir / "a.air", second).failure(), ExclusiveOpenFailure::Locked);
+            moved.close();
+            EXPECT_TRUE(ExclusiveFile::open(dir / "a.air", second).isOpen());
+        }
+    }
+    {
+        const ExclusiveFile holder = ExclusiveFile::open(dir / "a.air", ExclusiveAccess::Read);
+    }
+    EXPECT_TRUE(ExclusiveFile::open(dir / "a.air", ExclusiveAccess::ReadWrite).isOpen());
+    EXPECT_EQ(readBytes(dir / "a.air"), "abcd");
+}

@@ -1,6 +1,10 @@
-// What a replace keeps of the old file where POSIX has more to keep than Windows: modes, owners, links.
+// What a replace keeps of the old file where POSIX has more to keep than Windows: modes, owners, links; and how
+// an exclusive open meets the advisory locks of other programs.
+#include <cerrno>
+#include <fcntl.h>
 #include <filesystem>
 #include <string>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -120,4 +124,61 @@ TEST(FileIoPosix, ReplaceThroughSymbolicLinks)
         EXPECT_FALSE(replaceFileAtomically(dir / "folder-link", "x"));
         EXPECT_TRUE(fs::is_directory(dir / "folder"));
     }
+}
+
+namespace {
+
+// Another program's hold on a file: a descriptor of its own with an flock on it.
+class ForeignLock
+{
+public:
+    ForeignLock(const fs::path &path, int operation)
+        : m_fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC))
+    {
+        EXPECT_GE(m_fd, 0);
+        EXPECT_EQ(::flock(m_fd, operation | LOCK_NB), 0);
+    }
+    ~ForeignLock() { ::close(m_fd); }
+    ForeignLock(const ForeignLock &) = delete;
+    ForeignLock &operator=(const ForeignLock &) = delete;
+
+private:
+    int m_fd;
+};
+
+} // namespace
+
+TEST(FileIoPosix, ExclusiveOpenMeetsForeignLocks)
+{
+    TempDir dir;
+    writeBytes(dir / "a.air", "abcd");
+    for (const int operation : {LOCK_EX, LOCK_SH}) {
+        SCOPED_TRACE(operation == LOCK_EX ? "exclusive lock" : "shared lock");
+        ForeignLock lock(dir / "a.air", operation);
+        for (const ExclusiveAccess access : {ExclusiveAccess::Read, ExclusiveAccess::ReadWrite}) {
+            const ExclusiveFile file = ExclusiveFile::open(dir / "a.air", access);
+            EXPECT_FALSE(file.isOpen());
+            EXPECT_EQ(file.failure(), ExclusiveOpenFailure::Locked);
+        }
+    }
+    EXPECT_TRUE(ExclusiveFile::open(dir / "a.air", ExclusiveAccess::ReadWrite).isOpen());
+
+    // And the other way round: while we hold the file, another program's lock attempt fails.
+    const ExclusiveFile held = ExclusiveFile::open(dir / "a.air", ExclusiveAccess::Read);
+    ASSERT_TRUE(held.isOpen());
+    const int other = ::open((dir / "a.air").c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_GE(other, 0);
+    EXPECT_EQ(::flock(other, LOCK_SH | LOCK_NB), -1);
+    EXPECT_EQ(errno, EWOULDBLOCK);
+    // Closing some other descriptor of the file, as a plain read does, leaves our hold in place.
+    ::close(other);
+    EXPECT_EQ(ExclusiveFile::open(dir / "a.air", ExclusiveAccess::Read).failure(), ExclusiveOpenFailure::Locked);
+}
+
+TEST(FileIoPosix, ExclusiveOpenRefusesPipesWithoutWaiting)
+{
+    TempDir dir;
+    ASSERT_EQ(::mkfifo((dir / "pipe.air").c_str(), 0600), 0);
+    for (const ExclusiveAccess access : {ExclusiveAccess::Read, ExclusiveAccess::ReadWrite})
+        EXPECT_EQ(ExclusiveFile::open(dir / "pipe.air", access).failure(), ExclusiveOpenFailure::NotAFile);
 }

@@ -283,6 +283,48 @@ TEST(AirTypePatch, FailureShowsThePathAndLeavesTheBytes)
     EXPECT_EQ(readBytes(air.file()), bytes);
 }
 
+// The simulator, or any program, holding the air file exclusively.
+TEST(AirFileHeld, ReadShowsNoSectionAndPatchFailsWithoutAByteChanged)
+{
+    const std::string bytes = AirFileBuilder().record(0x2, "abc").aircraft(1).bytes();
+    AirFolder air(bytes);
+    ScriptedDialogs dialogs;
+    AirFileState state;
+    ASSERT_EQ(air.read(state, dialogs).selected, AirType::Helicopter);
+
+    for (const platform::ExclusiveAccess access :
+         {platform::ExclusiveAccess::Read, platform::ExclusiveAccess::ReadWrite}) {
+        SCOPED_TRACE(access == platform::ExclusiveAccess::Read ? "held for reading" : "held for writing");
+        {
+            const platform::ExclusiveFile held = platform::ExclusiveFile::open(air.file(), access);
+            ASSERT_TRUE(held.isOpen());
+            makeReadOnly(air.file());
+
+            // Silently, as a file without an aircraft section; the type last read stays.
+            const AirFileReading reading = air.read(state, dialogs);
+            EXPECT_EQ(reading.outcome, AirFileOutcome::NoAircraftSection);
+            EXPECT_EQ(reading.selected, std::nullopt);
+            EXPECT_EQ(state.AirTypeShown, 2);
+            EXPECT_TRUE(dialogs.records().empty());
+
+            EXPECT_EQ(patchAirType(AirType::AI, state, false, dialogs).outcome, AirTypePatchOutcome::Failed);
+            ASSERT_EQ(dialogs.records().size(), 1u);
+            EXPECT_EQ(dialogs.records()[0].kind, DialogKind::Critical);
+            EXPECT_EQ(dialogs.records()[0].text, airFileWriteFailureText(state.AirFileName));
+        }
+        dialogs = ScriptedDialogs();
+        EXPECT_EQ(readBytes(air.file()), bytes);
+        // The read-only state went before the open failed, and stays gone.
+        EXPECT_FALSE(platform::isReadOnly(air.file()));
+    }
+
+    // Let go, the file reads and patches again.
+    EXPECT_EQ(air.read(state, dialogs).selected, AirType::Helicopter);
+    EXPECT_EQ(patchAirType(AirType::AI, state, false, dialogs).outcome, AirTypePatchOutcome::Written);
+    EXPECT_EQ(air.read(state, dialogs).selected, AirType::AI);
+    EXPECT_TRUE(dialogs.records().empty());
+}
+
 TEST(AirFileCorpus, RealChains)
 {
     const fs::path corpus = FLEETWRIGHT_CORPUS_DIR;

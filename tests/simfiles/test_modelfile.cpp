@@ -262,6 +262,51 @@ TEST(WriteModelRadius, FailureBoxLeavesTheBytes)
     EXPECT_FALSE(fs::exists(dir / "model" / "gone.mdl"));
 }
 
+// The simulator, or any program, holding the model file exclusively.
+TEST(ModelFileHeld, ReadAndRadiusWriteFailWithoutAByteChanged)
+{
+    TempDir dir;
+    const fs::path file = dir / "model" / "skyliner200.mdl";
+    const std::string original = mdlBytes("MDL9", 30);
+    writeBytes(file, original);
+    const std::u16string folder = widePath(dir.path());
+    const ModelFileReading before = readModelFile(folder, u"<default>", u"skyliner200");
+    ASSERT_EQ(before.RadiusOnLoad, u"30");
+
+    for (const platform::ExclusiveAccess access :
+         {platform::ExclusiveAccess::Read, platform::ExclusiveAccess::ReadWrite}) {
+        SCOPED_TRACE(access == platform::ExclusiveAccess::Read ? "held for reading" : "held for writing");
+        ScriptedDialogs dialogs;
+        {
+            const platform::ExclusiveFile held = platform::ExclusiveFile::open(file, access);
+            ASSERT_TRUE(held.isOpen());
+
+            const ModelFileReading reading = readModelFile(folder, u"<default>", u"skyliner200");
+            EXPECT_EQ(reading.outcome, ModelFileOutcome::Failed);
+            EXPECT_EQ(reading.failureMessage, modelFileReadFailureText(before.ModelFilePath));
+            EXPECT_EQ(reading.RadiusOnLoad, u"");
+
+            // A valid radius and a text that is no number alike: the open fails first.
+            for (const std::u16string text : {u"31", u"abc"}) {
+                EXPECT_EQ(writeModelRadius(before.ModelFilePath, before.RadiusOnLoad, text, u'.', dialogs),
+                          RadiusWriteOutcome::Failed);
+            }
+            ASSERT_EQ(dialogs.records().size(), 2u);
+            for (const DialogRecord &record : dialogs.records()) {
+                EXPECT_EQ(record.kind, DialogKind::Critical);
+                EXPECT_EQ(record.text, RADIUS_WRITE_FAILURE_TEXT);
+            }
+        }
+        EXPECT_EQ(readBytes(file), original);
+    }
+
+    ScriptedDialogs dialogs;
+    EXPECT_EQ(writeModelRadius(before.ModelFilePath, before.RadiusOnLoad, u"31", u'.', dialogs),
+              RadiusWriteOutcome::Written);
+    EXPECT_EQ(readModelFile(folder, u"<default>", u"skyliner200").radiusText, u"31");
+    EXPECT_TRUE(dialogs.records().empty());
+}
+
 TEST(ModelFileCorpus, PlaceholderModelsFailTheRead)
 {
     const fs::path corpus = FLEETWRIGHT_CORPUS_DIR;

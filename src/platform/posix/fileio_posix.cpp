@@ -4,9 +4,12 @@
 #include <cerrno>
 #include <ctime>
 #include <fcntl.h>
+#include <limits>
 #include <string>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace fleetwright::platform {
 
@@ -96,6 +99,31 @@ void syncFolder(const std::filesystem::path &folder)
     // The rename is already done; a folder that cannot be flushed (some network file systems) changes nothing.
     ::fsync(fd);
     ::close(fd);
+}
+
+ExclusiveOpenFailure openFailureOf(int error)
+{
+    switch (error) {
+    case ENOENT:
+    case ENOTDIR:
+        return ExclusiveOpenFailure::NotFound;
+    case EACCES:
+    case EPERM:
+    case EROFS:
+        return ExclusiveOpenFailure::Denied;
+    case EISDIR:
+    case ENXIO:
+        return ExclusiveOpenFailure::NotAFile;
+    case ETXTBSY:
+        return ExclusiveOpenFailure::Locked;
+    default:
+        return ExclusiveOpenFailure::Other;
+    }
+}
+
+int descriptorOf(std::intptr_t handle)
+{
+    return static_cast<int>(handle);
 }
 
 } // namespace
@@ -213,6 +241,142 @@ bool replaceFileAtomically(const std::filesystem::path &path, std::string_view b
     }
     syncFolder(folder);
     return true;
+}
+
+ExclusiveFile::~ExclusiveFile()
+{
+    close();
+}
+
+ExclusiveFile::ExclusiveFile(ExclusiveFile &&other) noexcept
+    : m_handle(std::exchange(other.m_handle, INVALID))
+    , m_writable(other.m_writable)
+    , m_failure(other.m_failure)
+{}
+
+ExclusiveFile &ExclusiveFile::operator=(ExclusiveFile &&other) noexcept
+{
+    if (this != &other) {
+        close();
+        m_handle = std::exchange(other.m_handle, INVALID);
+        m_writable = other.m_writable;
+        m_failure = other.m_failure;
+    }
+    return *this;
+}
+
+ExclusiveFile ExclusiveFile::open(const std::filesystem::path &path, ExclusiveAccess access)
+{
+    ExclusiveFile file;
+    const bool writable = access == ExclusiveAccess::ReadWrite;
+    // O_NONBLOCK keeps a named pipe from stalling the open; regular files do not heed it.
+    const int fd = openRetrying(path.c_str(), (writable ? O_RDWR : O_RDONLY) | O_NONBLOCK | O_NOCTTY);
+    if (fd < 0) {
+        file.m_failure = openFailureOf(errno);
+        return file;
+    }
+    const auto refuse = [&file, fd](ExclusiveOpenFailure failure) {
+        ::close(fd);
+        file.m_failure = failure;
+        return std::move(file);
+    };
+    struct stat info;
+    if (::fstat(fd, &info) != 0)
+        return refuse(ExclusiveOpenFailure::Other);
+    if (!S_ISREG(info.st_mode))
+        return refuse(ExclusiveOpenFailure::NotAFile);
+    // Root gets past the permission check of open(); a file without write bits still refuses.
+    if (writable && (info.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0)
+        return refuse(ExclusiveOpenFailure::Denied);
+    // flock, not fcntl: its lock belongs to this open, so a second open in this process is kept out as well,
+    // and closing some other descriptor of the file does not drop it.
+    int locked;
+    do
+        locked = ::flock(fd, LOCK_EX | LOCK_NB);
+    while (locked != 0 && errno == EINTR);
+    if (locked != 0)
+        return refuse(errno == EWOULDBLOCK ? ExclusiveOpenFailure::Locked : ExclusiveOpenFailure::Other);
+    file.m_handle = fd;
+    file.m_writable = writable;
+    return file;
+}
+
+std::optional<std::uint64_t> ExclusiveFile::size() const
+{
+    struct stat info;
+    if (!isOpen() || ::fstat(descriptorOf(m_handle), &info) != 0)
+        return std::nullopt;
+    return static_cast<std::uint64_t>(info.st_size);
+}
+
+std::optional<std::string> ExclusiveFile::readAt(std::uint64_t offset, std::size_t count) const
+{
+    if (!isOpen() || offset > static_cast<std::uint64_t>(std::numeric_limits<off_t>::max()))
+        return std::nullopt;
+    std::string bytes(count, '\0');
+    std::size_t got = 0;
+    while (got < count) {
+        const ssize_t chunk =
+            ::pread(descriptorOf(m_handle), bytes.data() + got, count - got, static_cast<off_t>(offset + got));
+        if (chunk < 0) {
+            if (errno == EINTR)
+                continue;
+            return std::nullopt;
+        }
+        if (chunk == 0)
+            break;
+        got += static_cast<std::size_t>(chunk);
+    }
+    bytes.resize(got);
+    return bytes;
+}
+
+std::optional<std::string> ExclusiveFile::readAll() const
+{
+    const std::optional<std::uint64_t> expected = size();
+    if (!expected)
+        return std::nullopt;
+    std::string content;
+    for (;;) {
+        // The size is a hint only: read on until the end, in case the file grew.
+        const std::size_t want =
+            content.size() < *expected ? static_cast<std::size_t>(*expected - content.size()) : std::size_t {65536};
+        const std::optional<std::string> chunk = readAt(content.size(), want);
+        if (!chunk)
+            return std::nullopt;
+        if (chunk->empty())
+            return content;
+        content += *chunk;
+    }
+}
+
+bool ExclusiveFile::writeAt(std::uint64_t offset, std::string_view bytes)
+{
+    if (!isOpen() || !m_writable
+        || offset > static_cast<std::uint64_t>(std::numeric_limits<off_t>::max()) - bytes.size())
+        return false;
+    std::size_t done = 0;
+    while (done < bytes.size()) {
+        const ssize_t written = ::pwrite(descriptorOf(m_handle), bytes.data() + done, bytes.size() - done,
+                                         static_cast<off_t>(offset + done));
+        if (written < 0) {
+            if (errno == EINTR)
+                continue;
+            return false;
+        }
+        done += static_cast<std::size_t>(written);
+    }
+    return true;
+}
+
+bool ExclusiveFile::close()
+{
+    if (!isOpen())
+        return true;
+    // Closing the descriptor also drops the lock. No retry on EINTR: the descriptor is gone either way.
+    const bool ok = ::close(descriptorOf(std::exchange(m_handle, INVALID))) == 0;
+    m_writable = false;
+    return ok;
 }
 
 } // namespace fleetwright::platform
