@@ -84,7 +84,8 @@ struct AirFileReading
 
 // Reads the aircraft type of the air file that state.AirFileName names in folder (the folder of Dir1).
 // A non-empty AirFileName becomes folder + separator + AirFileName + ".air" first; the file is looked up
-// without regard to case. Sets AirTypeShown on a type of 0, 1 or 2. The form sets EventsEnabled false while
+// without regard to case and opened exclusively, so a file another program holds reads as one without an
+// aircraft section. Sets AirTypeShown on a type of 0, 1 or 2. The form sets EventsEnabled false while
 // it applies the result and true afterwards, except after Failed.
 AirFileReading ReadAirFile(const std::u16string &folder, AirFileState &state, Dialogs &dialogs);
 

@@ -66,7 +66,8 @@ struct ModelFileReading
     std::u16string failureMessage;
 };
 
-// Reads the model file of a variation: M and P as for resolveModelName, modelName what it found.
+// Reads the model file of a variation: M and P as for resolveModelName, modelName what it found. The file is
+// opened exclusively: one that another program holds fails with the read failure box.
 ModelFileReading readModelFile(const std::u16string &folder, const std::u16string &model,
                                const std::u16string &modelName);
 
