@@ -26,6 +26,9 @@
 #include "app/startupsettings.h"
 #include "core/errorbox.h"
 #include "core/runtimeerror.h"
+#include "editing/frm_main_editing.h"
+#include "editing/frm_main_fields.h"
+#include "editing/frm_remove.h"
 #include "folderview/frm_listviewoptions.h"
 #include "platform/filelookup.h"
 #include "platform/regional.h"
@@ -67,8 +70,12 @@ frm_Main::frm_Main(fleetwright::Dialogs *dialogs, QWidget *parent)
     setWindowTitle(QStringLiteral("Fleetwright"));
     m_c = buildMainForm(this);
     connectMenus();
-    Form_Load();
+    // The units that work on the form connect before the load, so the first folder load runs with them.
     new ValidationController(*this);
+    new FieldsController(*this);
+    new KeyRemovalController(*this);
+    new EditingController(*this);
+    Form_Load();
 }
 
 frm_Main::~frm_Main() = default;

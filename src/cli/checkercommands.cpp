@@ -36,6 +36,10 @@ constexpr Command COMMANDS[] = {
      runRenumberCommand},
     {"sort-keys", "FOLDER [--no-backup]", "put the keys of every [fltsim.x] section in the standard order",
      runSortKeysCommand},
+    {"remove-keys", "FOLDER KEY... [--no-backup]", "remove the keys from every [fltsim.x] section of aircraft.cfg",
+     runRemoveKeysCommand},
+    {"air-type", "FILE [--set 0|1|2]", "show or set the aircraft type of an .air file", runAirTypeCommand},
+    {"mdl-info", "FILE", "show the version and the radius of an .mdl file", runMdlInfoCommand},
     {"--help", "", "show this text", showHelp},
     {"--version", "", "show the version of fleetwright-check", showVersion},
 };
@@ -71,8 +75,9 @@ void writeUsage(std::ostream &stream)
            << "  " << CHECK_EXIT_NO_REPORT
            << "   a folder was refused (no aircraft.cfg, no [fltsim.x] section), all report options are\n"
            << "      off, a run-time error ended a run, or the report could not be written; for validate-all\n"
-           << "      this wins over 1; for renumber and sort-keys: aircraft.cfg is missing or cannot be read\n"
-           << "      or written\n"
+           << "      this wins over 1; for renumber, sort-keys and remove-keys: aircraft.cfg is missing or\n"
+           << "      cannot be read or written; for air-type and mdl-info: the file is missing or cannot be\n"
+           << "      read or written\n"
            << "  " << CHECK_EXIT_USAGE << "  the command line is wrong\n";
 }
 

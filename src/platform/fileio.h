@@ -44,6 +44,24 @@ bool clearReadOnly(const std::filesystem::path &path);
 // Returns false, with the old file as it stood, on any failure, and when the file is read-only.
 bool replaceFileAtomically(const std::filesystem::path &path, std::string_view bytes);
 
+// For tests only: while one lives, every replaceFileAtomically writes no more than bytesBeforeFailure bytes of
+// the new content and then fails as a full disk or a pulled cable would, so a test can interrupt any rewrite
+// at any byte and look at what is left. Not for the program, and not for use from two threads.
+class ReplaceFailureForTests
+{
+public:
+    explicit ReplaceFailureForTests(std::size_t bytesBeforeFailure) { s_limit = bytesBeforeFailure; }
+    ~ReplaceFailureForTests() { s_limit.reset(); }
+    ReplaceFailureForTests(const ReplaceFailureForTests &) = delete;
+    ReplaceFailureForTests &operator=(const ReplaceFailureForTests &) = delete;
+
+    // How many bytes a rewrite may write before it fails; nothing while no test asks for a failure.
+    static std::optional<std::size_t> limit() { return s_limit; }
+
+private:
+    static inline std::optional<std::size_t> s_limit;
+};
+
 // Why an exclusive open failed.
 enum class ExclusiveOpenFailure
 {

@@ -7,11 +7,15 @@
 #include <gtest/gtest.h>
 
 #include "cli/checkercommands.h"
+#include "core/aircraftfilestore.h"
 #include "core/clsinifile.h"
 #include "core/dialogs.h"
 #include "core/scripteddialogs.h"
+#include "editing/keyremoval.h"
 #include "editing/sectionrenumber.h"
 #include "editing/sortkeys.h"
+#include "simfiles/airfile.h"
+#include "simfiles/modelfile.h"
 #include "support/tempdir.h"
 #include "validation/batchfixtures.h"
 #include "validation/validationrun.h"
@@ -69,7 +73,8 @@ TEST(CheckerCommands, HelpListsExactlyTheCommandsThatRun)
 
     const std::vector<std::string> listed = listedCommands(help.out);
     EXPECT_EQ(listed,
-              (std::vector<std::string> {"validate", "validate-all", "renumber", "sort-keys", "--help", "--version"}));
+              (std::vector<std::string> {"validate", "validate-all", "renumber", "sort-keys", "remove-keys", "air-type",
+                                         "mdl-info", "--help", "--version"}));
     for (const char *option : {"--fs9 DIR", "--fsx DIR", "--against fs9|fsx", "--options DIGITS", "--report FILE",
                                "--errors-only", "Exit status:"})
         EXPECT_NE(help.out.find(option), std::string::npos) << option;
@@ -332,4 +337,157 @@ TEST(EditCommands, MissingOrReadOnlyFilesAreRefusedWithAMessage)
 
     EXPECT_EQ(check({"renumber"}).exitCode, fleetwright::CHECK_EXIT_USAGE);
     EXPECT_EQ(check({"renumber", (dir / "ro").string(), "--force"}).exitCode, fleetwright::CHECK_EXIT_USAGE);
+}
+
+TEST(EditCommands, RemoveKeysGetsTheBytesOfTheKeyRemovalDialog)
+{
+    const std::string cfg = "[general]\r\natc_id=KEEP\r\n[fltsim.0]\r\ntitle=A // first\r\nAtc_Id=CV-1\r\n"
+                            "ui_type=Skyliner\r\n[fltsim.1]\r\ntitle=B\r\n  atc_id =CV-2 // reg\r\n";
+    fleetwright::test::TempDir dir;
+    for (const char *folder : {"script", "program"})
+        fleetwright::test::writeBytes(dir / folder / "aircraft.cfg", cfg);
+
+    const CheckRun run = check({"remove-keys", (dir / "script").string(), "UI_TYPE", " Atc_Id ", "nothere", "atc_id"});
+    EXPECT_EQ(run.exitCode, fleetwright::CHECK_EXIT_OK) << run.err;
+    EXPECT_EQ(run.out,
+              "removed from the [fltsim.x] sections of " + (dir / "script" / "aircraft.cfg").string()
+                  + ": atc_id ui_type\nA total of 4 keys have been deleted in the aircraft.cfg\n");
+    EXPECT_EQ(run.err, "fleetwright-check: no [fltsim.x] section holds the key 'nothere'\n");
+
+    // The dialog: the backup when it opens, then the marked entries of its list.
+    const std::u16string program = fleetwright::test::widePath(dir / "program" / "aircraft.cfg");
+    fleetwright::MakeBackup(program, true);
+    fleetwright::clsIniFile ini;
+    ini.setPath(program);
+    EXPECT_EQ(fleetwright::LoadList(ini), (std::vector<std::u16string> {u"atc_id", u"title", u"ui_type"}));
+    EXPECT_EQ(fleetwright::RemoveMarkedKeys(ini, {u"atc_id", u"ui_type"}), 4);
+    EXPECT_EQ(fleetwright::test::readBytes(dir / "script" / "aircraft.cfg"),
+              fleetwright::test::readBytes(dir / "program" / "aircraft.cfg"));
+    EXPECT_EQ(fleetwright::test::readBytes(dir / "script" / "aircraft.cfg"),
+              "[general]\r\natc_id=KEEP\r\n[fltsim.0]\r\ntitle=A // first\r\n[fltsim.1]\r\ntitle=B\r\n");
+    EXPECT_EQ(fleetwright::test::readBytes(dir / "script" / "aircraft.corvane"), cfg);
+
+    fleetwright::test::writeBytes(dir / "bare" / "aircraft.cfg", cfg);
+    const CheckRun bare = check({"remove-keys", (dir / "bare").string(), "title", "--no-backup"});
+    EXPECT_EQ(bare.exitCode, fleetwright::CHECK_EXIT_OK) << bare.err;
+    EXPECT_FALSE(std::filesystem::exists(dir / "bare" / "aircraft.corvane"));
+    const CheckRun none = check({"remove-keys", (dir / "bare").string(), "nothere"});
+    EXPECT_EQ(none.exitCode, fleetwright::CHECK_EXIT_OK);
+    EXPECT_EQ(none.out, "nothing to remove in " + (dir / "bare" / "aircraft.cfg").string() + "\n");
+    EXPECT_FALSE(std::filesystem::exists(dir / "bare" / "aircraft.corvane"));
+
+    EXPECT_EQ(check({"remove-keys", (dir / "bare").string()}).err,
+              "fleetwright-check: remove-keys needs at least one KEY\n"
+              "Try 'fleetwright-check --help' for the list of commands.\n");
+    EXPECT_EQ(check({"remove-keys", (dir / "nothing").string(), "title"}).exitCode, fleetwright::CHECK_EXIT_NO_REPORT);
+}
+
+namespace {
+
+std::string littleEndian(std::int32_t value)
+{
+    std::string bytes(4, '\0');
+    for (int i = 0; i < 4; ++i)
+        bytes[static_cast<std::size_t>(i)] = static_cast<char>((static_cast<std::uint32_t>(value) >> (8 * i)) & 0xFF);
+    return bytes;
+}
+
+std::string airFile(std::int32_t type)
+{
+    return littleEndian(0x100) + littleEndian(4) + littleEndian(7) + littleEndian(0x105) + littleEndian(4)
+        + littleEndian(type) + "tail";
+}
+
+} // namespace
+
+TEST(EditCommands, AirTypeReadsAndPatchesAsTheOptionButtonsDo)
+{
+    fleetwright::test::TempDir dir;
+    const std::string script = (dir / "script" / "Sky.AIR").string();
+    fleetwright::test::writeBytes(script, airFile(0x10001));
+    fleetwright::test::writeBytes(dir / "program" / "Sky.AIR", airFile(0x10001));
+
+    CheckRun run = check({"air-type", script});
+    EXPECT_EQ(run.exitCode, fleetwright::CHECK_EXIT_OK) << run.err;
+    EXPECT_EQ(run.out, script + ": type 65537 (not 0, 1 or 2)\n");
+
+    // Only the low half is written, as the form writes it.
+    run = check({"air-type", script, "--set", "2"});
+    EXPECT_EQ(run.exitCode, fleetwright::CHECK_EXIT_OK) << run.err;
+    EXPECT_EQ(run.out, script + ": type 65538 (not 0, 1 or 2), was 65537 (not 0, 1 or 2)\n");
+    fleetwright::AirFileState state;
+    state.AirFileName = u"Sky";
+    fleetwright::NeverAskDialogs dialogs;
+    fleetwright::ReadAirFile(fleetwright::test::widePath(dir / "program"), state, dialogs);
+    EXPECT_EQ(fleetwright::patchAirType(fleetwright::AirType::AI, state, false, dialogs).outcome,
+              fleetwright::AirTypePatchOutcome::Written);
+    EXPECT_EQ(fleetwright::test::readBytes(script), fleetwright::test::readBytes(dir / "program" / "Sky.AIR"));
+    EXPECT_FALSE(std::filesystem::exists(dir / "script" / "Sky.corvane"));
+
+    fleetwright::test::writeBytes(script, airFile(1));
+    run = check({"air-type", script, "--set", "0"});
+    EXPECT_EQ(run.out, script + ": type 0 (Normal), was 1 (Helicopter)\n");
+    EXPECT_EQ(check({"air-type", script}).out, script + ": type 0 (Normal)\n");
+
+    // An FSX air file has no aircraft section: shown as n/a, and refused for --set with the file unchanged.
+    const std::string fsx = (dir / "fsx.air").string();
+    fleetwright::test::writeBytes(fsx, littleEndian(0x100) + littleEndian(0));
+    run = check({"air-type", fsx});
+    EXPECT_EQ(run.exitCode, fleetwright::CHECK_EXIT_OK);
+    EXPECT_EQ(run.out, fsx + ": n/a, no aircraft section (105)\n");
+    run = check({"air-type", fsx, "--set", "1"});
+    EXPECT_EQ(run.exitCode, fleetwright::CHECK_EXIT_NO_REPORT);
+    EXPECT_EQ(run.err, "fleetwright-check: " + fsx + " has no aircraft section (105); nothing written\n");
+    EXPECT_EQ(fleetwright::test::readBytes(fsx), littleEndian(0x100) + littleEndian(0));
+
+    EXPECT_EQ(check({"air-type", (dir / "gone.air").string()}).exitCode, fleetwright::CHECK_EXIT_NO_REPORT);
+    EXPECT_EQ(check({"air-type", (dir / "fsx.cfg").string()}).exitCode, fleetwright::CHECK_EXIT_NO_REPORT);
+    EXPECT_EQ(check({"air-type", script, "--set", "3"}).err,
+              "fleetwright-check: '--set' takes 0, 1 or 2, got '3'\n"
+              "Try 'fleetwright-check --help' for the list of commands.\n");
+    EXPECT_EQ(check({"air-type", script, "--set"}).exitCode, fleetwright::CHECK_EXIT_USAGE);
+    EXPECT_EQ(check({"air-type"}).exitCode, fleetwright::CHECK_EXIT_USAGE);
+}
+
+TEST(EditCommands, MdlInfoShowsWhatTheFormShows)
+{
+    fleetwright::test::TempDir dir;
+    std::string mdl(40, '\0');
+    mdl.replace(8, 4, "MDL9");
+    mdl[28] = static_cast<char>(200);
+    fleetwright::test::writeBytes(dir / "model.Blue" / "Sky.mdl", mdl);
+    mdl.replace(8, 4, "MDLX");
+    fleetwright::test::writeBytes(dir / "model" / "Sky.MDL", mdl);
+    fleetwright::test::writeBytes(dir / "loose" / "Sky.mdl", mdl);
+
+    struct Row
+    {
+        std::string file;
+        std::u16string model;
+        std::string out;
+    };
+    for (const Row &row : {Row {(dir / "model.Blue" / "Sky.mdl").string(), u"Blue", ": FS8/9, radius 200\n"},
+                           Row {(dir / "model" / "Sky.MDL").string(), u"<default>", ": FSX, radius n/a\n"}}) {
+        SCOPED_TRACE(row.file);
+        const CheckRun run = check({"mdl-info", row.file});
+        EXPECT_EQ(run.exitCode, fleetwright::CHECK_EXIT_OK) << run.err;
+        EXPECT_EQ(run.out, row.file + row.out);
+        const fleetwright::ModelFileReading form =
+            fleetwright::readModelFile(fleetwright::test::widePath(dir.path()), row.model, u"Sky");
+        EXPECT_EQ(run.out,
+                  row.file + ": " + std::string(form.versionText.begin(), form.versionText.end()) + ", radius "
+                      + std::string(form.radiusText.begin(), form.radiusText.end()) + "\n");
+    }
+
+    CheckRun run = check({"mdl-info", (dir / "loose" / "Sky.mdl").string()});
+    EXPECT_EQ(run.exitCode, fleetwright::CHECK_EXIT_NO_REPORT);
+    EXPECT_NE(run.err.find("does not stand in a model or model.NAME folder"), std::string::npos);
+    run = check({"mdl-info", (dir / "model" / "gone.mdl").string()});
+    EXPECT_EQ(run.exitCode, fleetwright::CHECK_EXIT_NO_REPORT);
+    EXPECT_EQ(run.err, "fleetwright-check: no file " + (dir / "model" / "gone.mdl").string() + "\n");
+    fleetwright::test::writeBytes(dir / "model" / "short.mdl", "MDL");
+    run = check({"mdl-info", (dir / "model" / "short.mdl").string()});
+    EXPECT_EQ(run.exitCode, fleetwright::CHECK_EXIT_NO_REPORT);
+    EXPECT_NE(run.err.find("could not be opened for write access"), std::string::npos) << run.err;
+    EXPECT_EQ(check({"mdl-info"}).exitCode, fleetwright::CHECK_EXIT_USAGE);
 }

@@ -1,5 +1,6 @@
 #include "platform/fileio.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <ctime>
@@ -222,7 +223,11 @@ bool replaceFileAtomically(const std::filesystem::path &path, std::string_view b
     if (fd < 0)
         return false;
 
-    bool ok = writeAll(fd, bytes) && ::fsync(fd) == 0;
+    bool ok = false;
+    if (const std::optional<std::size_t> failAfter = ReplaceFailureForTests::limit())
+        writeAll(fd, bytes.substr(0, (std::min)(*failAfter, bytes.size()))); // and fail, as a test asked
+    else
+        ok = writeAll(fd, bytes) && ::fsync(fd) == 0;
     if (ok && existed) {
         // Ownership first: a change of owner may clear the set-id bits that fchmod then puts back.
         struct stat mine;

@@ -1,5 +1,6 @@
 #include "platform/fileio.h"
 
+#include <algorithm>
 #include <atomic>
 #include <string>
 #include <utility>
@@ -217,7 +218,11 @@ bool replaceFileAtomically(const std::filesystem::path &path, std::string_view b
     if (!temp.isValid())
         return false;
 
-    bool ok = writeAll(temp.get(), bytes) && FlushFileBuffers(temp.get());
+    bool ok = false;
+    if (const std::optional<std::size_t> failAfter = ReplaceFailureForTests::limit())
+        writeAll(temp.get(), bytes.substr(0, (std::min)(*failAfter, bytes.size()))); // and fail, as a test asked
+    else
+        ok = writeAll(temp.get(), bytes) && FlushFileBuffers(temp.get());
     ok = temp.close() && ok;
     if (ok && oldAttributes != INVALID_FILE_ATTRIBUTES) {
         // The rename brings the temporary file's attributes along; give it those of the file it replaces.

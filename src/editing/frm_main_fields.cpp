@@ -1,0 +1,383 @@
+// The main form's editor fields: effects, geometry and exits, parking types and codes.
+#include "editing/frm_main_fields.h"
+
+#include <optional>
+
+#include <QAction>
+#include <QApplication>
+#include <QCheckBox>
+#include <QFocusEvent>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QMenu>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QToolButton>
+#include <QTreeWidget>
+
+#include "app/frm_main.h"
+#include "app/gui/textconvert.h"
+#include "core/dialogs.h"
+#include "core/errorbox.h"
+#include "core/runtimeerror.h"
+#include "editing/effects.h"
+#include "parking/parkingentry.h"
+#include "simfiles/geometry.h"
+
+using fleetwright::RuntimeError;
+
+namespace {
+
+const QColor WHITE = colourFromBgr(0xFFFFFF);
+const QColor CURRENT_EFFECT = colourFromBgr(0xC0E0FF);
+
+// The key as a key-press handler gets it: the code of the typed character, 8 for Backspace. Keys that type
+// nothing (arrows, Delete, function keys) and Tab, which moves the focus, never reach such a handler.
+std::optional<int> typedKey(const QKeyEvent *event)
+{
+    switch (event->key()) {
+    case Qt::Key_Backspace:
+        return fleetwright::KEY_BACKSPACE;
+    case Qt::Key_Tab:
+    case Qt::Key_Backtab:
+    case Qt::Key_Delete:
+        return std::nullopt;
+    default:
+        break;
+    }
+    const QString text = event->text();
+    if (text.isEmpty())
+        return std::nullopt;
+    return text.at(0).unicode();
+}
+
+std::array<QLineEdit *, 15> exitFields(const MainFormControls &c)
+{
+    std::array<QLineEdit *, 15> fields {};
+    std::size_t n = 0;
+    for (const auto *row : {&c.txt_Exit_0, &c.txt_Exit_1, &c.txt_Exit_2}) {
+        for (QLineEdit *field : *row)
+            fields[n++] = field;
+    }
+    return fields;
+}
+
+} // namespace
+
+FieldsController::FieldsController(frm_Main &form)
+    : QObject(&form)
+    , m_form(form)
+{
+    setObjectName(QStringLiteral("FieldsController"));
+    const MainFormControls &c = form.controls();
+
+    for (std::size_t k = 0; k < c.txt_effects.size(); ++k) {
+        QLineEdit *box = c.txt_effects[k];
+        box->installEventFilter(this);
+        connect(box, &QLineEdit::customContextMenuRequested, this,
+                [this, k](const QPoint &position) { txt_effects_MouseDown(static_cast<int>(k), position); });
+    }
+    const RightClickMenus &menus = c.frm_RightClick;
+    connect(menus.mnuEffectsDisable, &QAction::triggered, this, &FieldsController::EffectDisable);
+    connect(menus.mnuEffectsDefault, &QAction::triggered, this, &FieldsController::EffectDefault);
+    connect(menus.mnuEffectsSelect, &QAction::triggered, this, &FieldsController::EffectSelect);
+    connect(c.cmd_Effect_Update, &QPushButton::clicked, this, &FieldsController::cmd_Effect_Update_Click);
+
+    connectWingSpanChain();
+    connectExitRows();
+
+    for (QWidget *field : std::initializer_list<QWidget *> {
+             c.txt_atc_Airline, c.txt_atc_Flight_Number, c.txt_atc_Id, c.txt_atc_Model, c.txt_atc_ParkingCodes,
+             c.txt_FS9Radius, c.txt_Title, c.txt_ui_CreatedBy, c.txt_ui_Manufacturer, c.txt_ui_TypeRole, c.txt_ui_Type,
+             c.txt_ui_Variation, c.txt_general_atc_model, c.txt_general_atc_type, c.chk_Exit_0, c.chk_Exit_1,
+             c.chk_Exit_2, c.txt_WingSpan_New, c.lstParking})
+        field->installEventFilter(this);
+    for (QLineEdit *field : exitFields(c))
+        field->installEventFilter(this);
+
+    connect(c.cmdDropDown, &QToolButton::clicked, this, &FieldsController::cmdDropDown_Click);
+    connect(c.lstParking, &QListWidget::itemSelectionChanged, this, [this] {
+        if (!m_fillingParkingList)
+            lstParking_Click();
+    });
+}
+
+void FieldsController::showFault(const RuntimeError &error, const char16_t *procedure)
+{
+    RuntimeError named = error;
+    if (named.procedure().empty())
+        named.setProcedure(procedure);
+    m_form.dialogs().critical(fleetwright::commonErrorText(named), u"");
+}
+
+// ---- Effects ----
+
+fleetwright::EffectFields FieldsController::effectFields() const
+{
+    const MainFormControls &c = m_form.controls();
+    fleetwright::EffectFields fields;
+    for (std::size_t k = 0; k < fleetwright::EFFECT_COUNT; ++k) {
+        fields.txt_effects[k] = toU16String(c.txt_effects[k]->text());
+        fields.chk_Effect[k] = c.chk_Effect[k]->isChecked();
+    }
+    return fields;
+}
+
+void FieldsController::showEffectFields(const fleetwright::EffectFields &fields)
+{
+    const MainFormControls &c = m_form.controls();
+    for (std::size_t k = 0; k < fleetwright::EFFECT_COUNT; ++k) {
+        c.txt_effects[k]->setText(toQString(fields.txt_effects[k]));
+        c.chk_Effect[k]->setChecked(fields.chk_Effect[k]);
+    }
+}
+
+void FieldsController::txt_effects_GotFocus(int index)
+{
+    m_form.EffectIndex = index;
+    const MainFormControls &c = m_form.controls();
+    for (std::size_t k = 0; k < c.txt_effects.size(); ++k)
+        setBackColour(c.txt_effects[k], static_cast<int>(k) == index ? CURRENT_EFFECT : WHITE);
+}
+
+void FieldsController::txt_effects_MouseDown(int index, const QPoint &position)
+{
+    m_form.EffectIndex = index;
+    const MainFormControls &c = m_form.controls();
+    QLineEdit *box = c.txt_effects[static_cast<std::size_t>(index)];
+    c.frm_RightClick.mnuThisEffects->popup(box->mapToGlobal(position));
+}
+
+void FieldsController::EffectDefault()
+{
+    fleetwright::EffectFields fields = effectFields();
+    fleetwright::EffectDefault(fields, m_form.EffectIndex);
+    showEffectFields(fields);
+}
+
+void FieldsController::EffectDisable()
+{
+    fleetwright::EffectFields fields = effectFields();
+    try {
+        fleetwright::EffectDisable(fields, m_form.EffectIndex);
+    } catch (const RuntimeError &error) {
+        showFault(error, u"EffectDisable");
+        return;
+    }
+    showEffectFields(fields);
+}
+
+void FieldsController::EffectSelect()
+{
+    const std::optional<std::u16string> name =
+        fleetwright::EffectSelect(m_form.EffectIndex, m_form.AircraftIni().path(), m_form.dialogs());
+    if (!name)
+        return;
+    m_form.controls().txt_effects[static_cast<std::size_t>(m_form.EffectIndex)]->setText(toQString(*name));
+}
+
+void FieldsController::cmd_Effect_Update_Click()
+{
+    const MainFormControls &c = m_form.controls();
+    QTreeWidget *grid = c.ListView1;
+    fleetwright::EffectUpdateInput input;
+    if (QTreeWidgetItem *selected = grid->currentItem())
+        input.selectedPosition = grid->indexOfTopLevelItem(selected) + 1;
+    input.description = toU16String(c.txt_Description->toPlainText());
+    input.DescriptionOnLoad = m_form.DescriptionOnLoad;
+    input.fields = effectFields();
+    try {
+        if (!fleetwright::cmd_Effect_Update(m_form.AircraftIni(), input, m_form.ConfirmUpdates, m_form.AutoBackupOn,
+                                            m_form.dialogs()))
+            return;
+    } catch (const RuntimeError &error) {
+        showFault(error, u"cmd_Effect_Update_Click");
+        return;
+    }
+    // The second load is as the program always did it: it changes nothing that the first did not.
+    m_form.Dir1_Change();
+    m_form.Dir1_Change();
+    if (QTreeWidgetItem *row = grid->topLevelItem(*input.selectedPosition - 1)) {
+        grid->setCurrentItem(row);
+        grid->scrollToItem(row);
+    }
+    m_form.ListView1_DblClick();
+    QCoreApplication::processEvents();
+}
+
+// ---- Geometry and exits ----
+
+void FieldsController::connectWingSpanChain()
+{
+    const MainFormControls &c = m_form.controls();
+    using Step = std::u16string (*)(const std::u16string &, char16_t);
+    const auto chain = [this](QLineEdit *source, QLineEdit *target, Step step, const char16_t *procedure,
+                              bool needsRows) {
+        connect(source, &QLineEdit::textChanged, this, [this, target, step, procedure, needsRows](const QString &text) {
+            if (text.isEmpty()) {
+                target->clear();
+                return;
+            }
+            if (needsRows && m_form.controls().ListView1->topLevelItemCount() == 0)
+                return;
+            try {
+                target->setText(toQString(step(toU16String(text), m_form.DecimalSeparator)));
+            } catch (const RuntimeError &error) {
+                showFault(error, procedure);
+            }
+        });
+    };
+    chain(c.txt_WingSpan_Org, c.txt_WingSpan_Org_C1, fleetwright::WingSpanMetres, u"txt_WingSpan_Org_Change", false);
+    chain(c.txt_WingSpan_New, c.txt_WingSpan_New_C1, fleetwright::WingSpanMetres, u"txt_WingSpan_New_Change", true);
+    chain(c.txt_WingSpan_Org_C1, c.txt_WingSpan_Org_C2, fleetwright::HalfSpan, u"txt_WingSpan_Org_C1_Change", false);
+    chain(c.txt_WingSpan_New_C1, c.txt_WingSpan_New_C2, fleetwright::HalfSpan, u"txt_WingSpan_New_C1_Change", false);
+    chain(c.txt_WingSpan_Org_C2, c.txt_FSX_Spot_Org, fleetwright::SpotSize, u"txt_WingSpan_Org_C2_Change", false);
+    chain(c.txt_WingSpan_New_C2, c.txt_FSX_Spot_New, fleetwright::SpotSize, u"txt_WingSpan_New_C2_Change", false);
+}
+
+void FieldsController::connectExitRows()
+{
+    const MainFormControls &c = m_form.controls();
+    const auto connectRow = [this](const std::array<QLineEdit *, 5> &row, QCheckBox *check) {
+        for (QLineEdit *field : row) {
+            connect(field, &QLineEdit::textChanged, this, [row, check] {
+                std::array<std::u16string, 5> values;
+                for (std::size_t k = 0; k < row.size(); ++k)
+                    values[k] = toU16String(row[k]->text());
+                check->setChecked(fleetwright::exitRowComplete(values));
+            });
+        }
+    };
+    connectRow(c.txt_Exit_0, c.chk_Exit_0);
+    connectRow(c.txt_Exit_1, c.chk_Exit_1);
+    connectRow(c.txt_Exit_2, c.chk_Exit_2);
+}
+
+bool FieldsController::numberKeyPress(QLineEdit *box, QKeyEvent *event, bool signedField)
+{
+    const std::optional<int> key = typedKey(event);
+    if (!key)
+        return false;
+    const std::u16string text = toU16String(box->text());
+    const int kept = signedField ? fleetwright::SignedKeyFilter(text, *key, m_form.DecimalSeparator)
+                                 : fleetwright::DecimalKeyFilter(text, *key, m_form.DecimalSeparator);
+    if (kept == *key)
+        return false;
+    if (kept != 0)
+        box->insert(QString(QChar(static_cast<char16_t>(kept))));
+    return true;
+}
+
+// ---- Focus rules ----
+
+bool FieldsController::focusReturns(QObject *watched) const
+{
+    const MainFormControls &c = m_form.controls();
+    for (QObject *check : {c.chk_Exit_0, c.chk_Exit_1, c.chk_Exit_2}) {
+        if (watched == check)
+            return true;
+    }
+    const bool gridEmpty = c.ListView1->topLevelItemCount() == 0;
+    if (watched == c.txt_general_atc_model || watched == c.txt_general_atc_type)
+        return gridEmpty;
+    for (QLineEdit *field : exitFields(c)) {
+        if (watched == field)
+            return gridEmpty;
+    }
+    // All of these look at the title's colour, not their own: white there means a row is open.
+    for (QObject *field : std::initializer_list<QObject *> {c.txt_atc_Airline, c.txt_atc_Flight_Number, c.txt_atc_Id,
+                                                            c.txt_atc_Model, c.txt_atc_ParkingCodes, c.txt_FS9Radius,
+                                                            c.txt_Title, c.txt_ui_CreatedBy, c.txt_ui_Manufacturer,
+                                                            c.txt_ui_TypeRole, c.txt_ui_Type, c.txt_ui_Variation}) {
+        if (watched == field)
+            return backColour(c.txt_Title) != WHITE;
+    }
+    return false;
+}
+
+// ---- Parking types and codes ----
+
+void FieldsController::cmdDropDown_Click()
+{
+    const MainFormControls &c = m_form.controls();
+    QListWidget *list = c.lstParking;
+    if (list->isVisible() || ParkingListJustClosed) {
+        list->hide();
+        ParkingListJustClosed = false;
+        return;
+    }
+    const fleetwright::ParkingTypeSelection selection =
+        fleetwright::parkingTypesFromCaption(toU16String(c.lblSelections->text()));
+    m_fillingParkingList = true;
+    for (std::size_t i = 0; i < selection.size(); ++i) {
+        if (selection[i] && static_cast<int>(i) < list->count())
+            list->item(static_cast<int>(i))->setSelected(true);
+    }
+    m_fillingParkingList = false;
+    list->show();
+    list->raise();
+    list->setFocus();
+}
+
+void FieldsController::lstParking_Click()
+{
+    const MainFormControls &c = m_form.controls();
+    fleetwright::ParkingTypeSelection selection {};
+    for (int i = 0; i < c.lstParking->count() && i < static_cast<int>(selection.size()); ++i)
+        selection[static_cast<std::size_t>(i)] = c.lstParking->item(i)->isSelected();
+    const QString caption = toQString(fleetwright::parkingTypesCaption(selection));
+    c.lblSelections->setText(caption);
+    c.lblSelections->setToolTip(caption);
+}
+
+bool FieldsController::parkingCodesKeyPress(QKeyEvent *event)
+{
+    const std::optional<int> key = typedKey(event);
+    if (!key)
+        return false;
+    const fleetwright::ParkingCodeKey result =
+        fleetwright::parkingCodeKeyPress(toU16String(m_form.controls().txt_atc_ParkingCodes->text()), *key);
+    if (!result.message.empty())
+        m_form.dialogs().information(result.message, u"");
+    return result.key == 0;
+}
+
+bool FieldsController::eventFilter(QObject *watched, QEvent *event)
+{
+    const MainFormControls &c = m_form.controls();
+    switch (event->type()) {
+    case QEvent::FocusIn:
+        for (std::size_t k = 0; k < c.txt_effects.size(); ++k) {
+            if (watched == c.txt_effects[k]) {
+                txt_effects_GotFocus(static_cast<int>(k));
+                return false;
+            }
+        }
+        if (focusReturns(watched))
+            c.ListView1->setFocus();
+        return false;
+    case QEvent::FocusOut:
+        if (watched == c.lstParking) {
+            c.lstParking->hide();
+            const QWidget *now = QApplication::focusWidget();
+            ParkingListJustClosed = now && now->objectName() == QStringLiteral("cmdDropDown");
+        }
+        return false;
+    case QEvent::KeyPress: {
+        auto *keyEvent = static_cast<QKeyEvent *>(event);
+        if (watched == c.txt_atc_ParkingCodes)
+            return parkingCodesKeyPress(keyEvent);
+        if (watched == c.txt_FS9Radius || watched == c.txt_WingSpan_New)
+            return numberKeyPress(static_cast<QLineEdit *>(watched), keyEvent, false);
+        for (QLineEdit *field : exitFields(c)) {
+            if (watched == field)
+                return numberKeyPress(field, keyEvent, true);
+        }
+        return false;
+    }
+    default:
+        return false;
+    }
+}
