@@ -1,10 +1,13 @@
 // fleetwright-check validate-all over a generated library of 2,000 aircraft folders of up to 100 variations
 // each, against reading every file of the library once, in the same run with a warm cache.
 //
-//   build/bench/bench_validateall [FOLDERS]
+//   build/bench/bench_validateall [FOLDERS] [--library DIR] [--rounds N]
 //
-// Prints the median of five rounds of each, their ratio and the peak memory of the process. The targets: the
+// Prints the median of five rounds (or N) of each, their ratio and the peak memory of the process. The targets: the
 // validation takes no more than 2x the read, and the peak stays under 100 MB.
+//
+// With --library the library is generated into DIR/Aircraft unless it stands there already, and kept, so that
+// a profiler can be pointed at "fleetwright-check validate-all DIR/Aircraft" or later rounds skip generating.
 
 #include <algorithm>
 #include <chrono>
@@ -82,14 +85,35 @@ double median(std::vector<double> values)
 
 int main(int argc, char *argv[])
 {
-    const int folders = argc > 1 ? std::stoi(argv[1]) : 2000;
+    int folders = 2000;
+    int rounds = 5;
+    fs::path kept;
+    for (int i = 1; i < argc; ++i) {
+        const std::string arg = argv[i];
+        if (arg == "--library" && i + 1 < argc) {
+            kept = argv[++i];
+        } else if (arg == "--rounds" && i + 1 < argc) {
+            rounds = std::max(1, std::stoi(argv[++i]));
+        } else if (!arg.empty() && arg.front() != '-') {
+            folders = std::stoi(arg);
+        } else {
+            std::fprintf(stderr, "usage: bench_validateall [FOLDERS] [--library DIR] [--rounds N]\n");
+            return 2;
+        }
+    }
     std::random_device random;
-    const fs::path root =
-        fs::temp_directory_path() / ("fleetwright-bench-all-" + std::to_string(random()) + std::to_string(random()));
+    const fs::path root = kept.empty()
+        ? fs::temp_directory_path() / ("fleetwright-bench-all-" + std::to_string(random()) + std::to_string(random()))
+        : fs::absolute(kept);
     const fs::path library = root / "Aircraft";
-    std::printf("generating %d aircraft folders in %s\n", folders, root.string().c_str());
-    for (int i = 0; i < folders; ++i)
-        writeAircraft(library / ("corvane" + std::to_string(i)), i, 1 + (i * 37) % 100);
+    std::error_code missing;
+    if (kept.empty() || !fs::is_directory(library, missing)) {
+        std::printf("generating %d aircraft folders in %s\n", folders, root.string().c_str());
+        for (int i = 0; i < folders; ++i)
+            writeAircraft(library / ("corvane" + std::to_string(i)), i, 1 + (i * 37) % 100);
+    } else {
+        std::printf("reusing the library in %s\n", library.string().c_str());
+    }
     const std::string report = (root / "corvanecheckall.log").string();
     const std::vector<std::string> args = {"validate-all", library.string(),          "--fs9",    "",    "--fsx", "",
                                            "--options",    "11111111111111111111111", "--report", report};
@@ -98,7 +122,7 @@ int main(int argc, char *argv[])
     std::vector<double> readTimes;
     std::vector<double> validateTimes;
     int exitCode = 0;
-    for (int round = 0; round < 5; ++round) {
+    for (int round = 0; round < rounds; ++round) {
         const Clock::time_point start = Clock::now();
         bytesRead = readEveryFile(library);
         readTimes.push_back(seconds(Clock::now() - start));
@@ -118,6 +142,9 @@ int main(int argc, char *argv[])
     std::printf("ratio:            %.2f (target 2.00 or less)\n", validate / read);
     std::printf("peak memory:      %.1f MB (target under 100 MB)\n", static_cast<double>(usage.ru_maxrss) / 1024.0);
     std::error_code ignored;
-    fs::remove_all(root, ignored);
+    if (kept.empty())
+        fs::remove_all(root, ignored);
+    else
+        fs::remove(report, ignored);
     return exitCode == fleetwright::CHECK_EXIT_OK && validate <= 2 * read ? 0 : 1;
 }

@@ -17,6 +17,7 @@
 #include "core/errorbox.h"
 #include "core/runtimeerror.h"
 #include "platform/fileio.h"
+#include "platform/filelookup.h"
 #include "platform/settingsstore.h"
 #include "platform/simulatorregistry.h"
 #include "platform/utf8.h"
@@ -285,6 +286,8 @@ int runValidateCommand(const std::vector<std::string> &args, std::ostream &out, 
     dialogs.setButton(arguments.againstFs9 ? 1 : 2);
 
     clsIniFile AircraftIni;
+    // Nothing else looks at the folder between its load and its check.
+    const platform::LookupSnapshot snapshot;
     const ValidationFeed feed = feedValidationFromFolder(arguments.folder, AircraftIni, dialogs);
     input.folder = arguments.folder;
     input.textureFormatText = feed.textureFormatText;

@@ -2,7 +2,12 @@
 #include "platform/filelookup.h"
 
 #include <algorithm>
+#include <map>
+#include <unordered_map>
+#include <utility>
 #include <vector>
+
+#include "platform/filelookupcache.h"
 
 namespace fleetwright::platform {
 
@@ -110,7 +115,161 @@ private:
     std::vector<signed char> m_memo;
 };
 
+// What the open snapshot has seen, by the path's text as it was asked for.
+struct Snapshot
+{
+    int depth = 0;
+    std::uint64_t generation = 0;
+    std::unordered_map<std::filesystem::path::string_type, std::shared_ptr<const lookupcache::Listing>> listings;
+    std::unordered_map<std::filesystem::path::string_type, std::pair<std::filesystem::file_status, std::error_code>>
+        statuses;
+    std::unordered_map<std::filesystem::path::string_type, std::optional<std::filesystem::path>> resolves;
+    std::map<std::pair<std::filesystem::path::string_type, LookupKind>, std::vector<std::u16string>> names;
+};
+
+thread_local Snapshot *openSnapshot = nullptr;
+thread_local std::uint64_t lastGeneration = 0;
+
+std::shared_ptr<const lookupcache::Listing> listFolder(const std::filesystem::path &folder)
+{
+    auto listed = std::make_shared<lookupcache::Listing>();
+    std::error_code error;
+    std::filesystem::directory_iterator it(folder.empty() ? std::filesystem::path(".") : folder, error);
+    listed->opened = !error;
+    for (const std::filesystem::directory_iterator end; !error && it != end; it.increment(error)) {
+        lookupcache::ListedEntry &entry = listed->entries.emplace_back();
+        entry.name = it->path().filename();
+        try {
+            entry.wide = entry.name.u16string();
+        } catch (const std::system_error &) {
+            entry.wide.reset();
+        }
+    }
+    return listed;
+}
+
 } // namespace
+
+namespace lookupcache {
+
+std::shared_ptr<const Listing> listing(const std::filesystem::path &folder)
+{
+    if (!openSnapshot)
+        return listFolder(folder);
+    auto [at, added] = openSnapshot->listings.try_emplace(folder.native());
+    if (added)
+        at->second = listFolder(folder);
+    return at->second;
+}
+
+std::filesystem::file_status status(const std::filesystem::path &path, std::error_code &error)
+{
+    if (!openSnapshot)
+        return std::filesystem::status(path, error);
+    auto [at, added] = openSnapshot->statuses.try_emplace(path.native());
+    if (added)
+        at->second.first = std::filesystem::status(path, at->second.second);
+    error = at->second.second;
+    return at->second.first;
+}
+
+std::optional<std::optional<std::filesystem::path>> knownResolve(const std::filesystem::path &path)
+{
+    if (!openSnapshot)
+        return std::nullopt;
+    const auto known = openSnapshot->resolves.find(path.native());
+    if (known == openSnapshot->resolves.end())
+        return std::nullopt;
+    return known->second;
+}
+
+void keepResolve(const std::filesystem::path &path, const std::optional<std::filesystem::path> &resolved)
+{
+    if (openSnapshot)
+        openSnapshot->resolves.insert_or_assign(path.native(), resolved);
+}
+
+const std::vector<std::u16string> *knownNames(const std::filesystem::path &wildcardPath, LookupKind kind)
+{
+    if (!openSnapshot)
+        return nullptr;
+    const auto known = openSnapshot->names.find({wildcardPath.native(), kind});
+    return known == openSnapshot->names.end() ? nullptr : &known->second;
+}
+
+void keepNames(const std::filesystem::path &wildcardPath, LookupKind kind, const std::vector<std::u16string> &names)
+{
+    if (openSnapshot)
+        openSnapshot->names.insert_or_assign({wildcardPath.native(), kind}, names);
+}
+
+} // namespace lookupcache
+
+LookupSnapshot::LookupSnapshot()
+{
+    if (!openSnapshot) {
+        openSnapshot = new Snapshot;
+        openSnapshot->generation = ++lastGeneration;
+    }
+    ++openSnapshot->depth;
+}
+
+LookupSnapshot::~LookupSnapshot()
+{
+    if (--openSnapshot->depth == 0) {
+        delete openSnapshot;
+        openSnapshot = nullptr;
+    }
+}
+
+void LookupSnapshot::forget(const std::filesystem::path &path)
+{
+    if (!openSnapshot)
+        return;
+    openSnapshot->generation = ++lastGeneration;
+    // The same place may have been asked for in other forms ("a//b", "a/./b"); those go as well.
+    const std::filesystem::path removed = path.lexically_normal();
+    const std::filesystem::path folder = removed.parent_path();
+    // Only texts that hold the last name can stand for the place: the others are passed over unparsed.
+    const std::filesystem::path::string_type folderName = folder.filename().native();
+    const std::filesystem::path::string_type removedName = removed.filename().native();
+    std::erase_if(openSnapshot->listings, [&](const auto &entry) {
+        if (entry.first.find(folderName) == std::filesystem::path::string_type::npos)
+            return false;
+        std::filesystem::path listed = std::filesystem::path(entry.first).lexically_normal();
+        if (!listed.has_filename())
+            listed = listed.parent_path();
+        return listed == folder;
+    });
+    std::erase_if(openSnapshot->statuses, [&](const auto &entry) {
+        return entry.first.find(removedName) != std::filesystem::path::string_type::npos
+            && std::filesystem::path(entry.first).lexically_normal() == removed;
+    });
+    // Which spelling a path resolves to, and what a wildcard finds, may hang on any entry.
+    openSnapshot->resolves.clear();
+    openSnapshot->names.clear();
+}
+
+void LookupSnapshot::forgetAll()
+{
+    if (!openSnapshot)
+        return;
+    openSnapshot->generation = ++lastGeneration;
+    openSnapshot->listings.clear();
+    openSnapshot->statuses.clear();
+    openSnapshot->resolves.clear();
+    openSnapshot->names.clear();
+}
+
+bool FileLookup::canList(const std::filesystem::path &folder)
+{
+    return lookupcache::listing(folder)->opened;
+}
+
+std::uint64_t LookupSnapshot::generation()
+{
+    return openSnapshot ? openSnapshot->generation : 0;
+}
 
 bool matchesWildcard(std::u16string_view pattern, std::u16string_view name)
 {
@@ -183,7 +342,7 @@ std::optional<std::filesystem::path> FileLookup::findFile(const std::u16string &
         return std::nullopt;
     std::optional<std::filesystem::path> resolved = resolve(std::filesystem::path(path));
     std::error_code error;
-    if (!resolved || std::filesystem::is_directory(*resolved, error))
+    if (!resolved || std::filesystem::is_directory(lookupcache::status(*resolved, error)))
         return std::nullopt;
     return resolved;
 }

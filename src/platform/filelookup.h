@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -46,10 +47,36 @@ public:
     static std::optional<std::filesystem::path> findFile(const std::u16string &path);
     // Whether resolve finds an entry of the given kind.
     static bool exists(const std::filesystem::path &path, LookupKind kind = LookupKind::Files);
+    // Whether the folder at folder, a path as resolve gives it, can be opened for listing.
+    static bool canList(const std::filesystem::path &folder);
 
 private:
     std::vector<std::u16string> m_names;
     std::size_t m_next = 0;
+};
+
+// While one stands, the lookups of this thread take what they once saw of the file system for the truth: each
+// folder is listed once and each path looked at once. It is meant for one operation over a tree that nothing
+// else changes meanwhile, such as checking an aircraft folder, which asks about the same folders hundreds of
+// times. What the operation itself makes or removes it names with forget; after anything that may have changed the
+// disk (the user's events served), forgetAll. Snapshots nest, the outermost one holds what was seen. On
+// Windows the system's own lookup still answers every wildcard lookup and resolve.
+class LookupSnapshot
+{
+public:
+    LookupSnapshot();
+    ~LookupSnapshot();
+    LookupSnapshot(const LookupSnapshot &) = delete;
+    LookupSnapshot &operator=(const LookupSnapshot &) = delete;
+
+    // The file at path (as resolve gives it) was made or removed: its folder is listed again, path looked at
+    // again, and every path resolved anew.
+    static void forget(const std::filesystem::path &path);
+    static void forgetAll();
+    // A number that names what the open snapshot has seen: it changes when a snapshot opens and with every
+    // forget, and is 0 while none is open. Whoever keeps what it read of files for the length of a snapshot
+    // keys it by this.
+    static std::uint64_t generation();
 };
 
 // Windows' wildcard rules, compared without regard to case: "*" stands for any run of characters and "?" for

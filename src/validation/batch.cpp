@@ -16,6 +16,7 @@ namespace fleetwright {
 namespace fs = std::filesystem;
 using platform::FileLookup;
 using platform::LookupKind;
+using platform::LookupSnapshot;
 
 namespace {
 
@@ -67,6 +68,7 @@ void deleteFolderReport(const std::u16string &folder, std::vector<std::u16string
     std::error_code error;
     if (!fs::remove(*report, error) && error)
         skipped.push_back(u"Cannot delete " + report->u16string() + u": " + platform::fromUtf8(error.message()));
+    LookupSnapshot::forget(*report);
 }
 
 } // namespace
@@ -107,6 +109,11 @@ BatchResult runBatchValidation(const BatchInput &input, clsIniFile &AircraftIni,
         BatchFolder &done = result.folders.emplace_back();
         done.folder = joined(input.BatchRoot, names[i]);
         std::u16string text;
+        // Without a form in between, loading the folder, checking it and clearing its report up are one look
+        // at it. The form's load serves events, after which nothing seen before counts.
+        std::optional<LookupSnapshot> snapshot;
+        if (!input.loadFolder)
+            snapshot.emplace();
         skippingErrors(result.skippedErrors, [&] {
             const ValidationFeed feed = input.loadFolder ? input.loadFolder(done.folder)
                                                          : feedValidationFromFolder(done.folder, AircraftIni, dialogs);
@@ -139,6 +146,7 @@ BatchResult runBatchValidation(const BatchInput &input, clsIniFile &AircraftIni,
                 text = readReportText(fs::path(singleReport));
         });
         deleteFolderReport(done.folder, result.skippedErrors);
+        snapshot.reset();
         if (!done.BatchFailureText.empty())
             text = framed(done.BatchFailureText + done.folder + u" *");
         done.inReport = !text.empty();

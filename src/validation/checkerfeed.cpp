@@ -1,5 +1,6 @@
 #include "validation/checkerfeed.h"
 
+#include "core/clsinifile.h"
 #include "core/dialogs.h"
 #include "core/errorbox.h"
 #include "folderview/folderload.h"
@@ -39,11 +40,15 @@ void openRow(const std::u16string &folder, const FolderLoadResult &loaded, std::
 ValidationFeed feedValidationFromFolder(const std::u16string &folder, clsIniFile &AircraftIni, Dialogs &dialogs)
 {
     ValidationFeed feed;
+    // The form takes the separator once, at start-up.
+    static const char16_t decimalSeparator = platform::DecimalSeparatorChar();
     FolderLoadInput input;
     input.folder = folder;
-    input.decimalSeparator = platform::DecimalSeparatorChar();
+    input.decimalSeparator = decimalSeparator;
     FolderLoadResult loaded;
     try {
+        // The load only reads: the file is looked at once for all its keys.
+        const clsIniFile::Batch reading(AircraftIni);
         readAircraftFolder(input, AircraftIni, loaded);
     } catch (const RuntimeError &error) {
         RuntimeError named = error;

@@ -1,8 +1,12 @@
 // Textures, models and airfiles of the sections held against the aircraft folder.
 
 #include <algorithm>
+#include <cstdint>
 #include <filesystem>
+#include <map>
+#include <set>
 #include <system_error>
+#include <tuple>
 #include <utility>
 
 #include "core/arraysearch.h"
@@ -59,9 +63,36 @@ bool holdsPictures(const std::u16string &folder)
     return PatternHasMatch(joinPath(folder, u"*.bmp")) || PatternHasMatch(joinPath(folder, u"*.dds"));
 }
 
+// The texture.cfg and model.cfg reads of a run: the sections of an aircraft share a handful of such files and
+// ask the same of them, so within one lookup snapshot, which stands for a tree that does not change, each file
+// is read once. A file that ReadByteArray rewrote is read again: the rewrite may leave another mark behind.
+struct ConfigReads
+{
+    std::uint64_t generation = 0;
+    std::set<fs::path::string_type> withoutMark; // ReadByteArray found nothing to rewrite
+    std::map<std::tuple<fs::path::string_type, std::u16string, std::u16string>, std::u16string> values;
+};
+
+ConfigReads *configReads()
+{
+    thread_local ConfigReads reads;
+    const std::uint64_t generation = platform::LookupSnapshot::generation();
+    if (generation == 0)
+        return nullptr;
+    if (reads.generation != generation)
+        reads = ConfigReads {generation, {}, {}};
+    return &reads;
+}
+
 // One profile read with the 250-character buffer of the texture.cfg and model.cfg reads.
 std::u16string ReadProfileValue(const std::u16string &section, const std::u16string &key, const fs::path &file)
 {
+    ConfigReads *reads = configReads();
+    if (reads) {
+        const auto known = reads->values.find({file.native(), section, key});
+        if (known != reads->values.end())
+            return known->second;
+    }
     clsIniFile ini;
     ini.setPath(file.u16string());
     ini.setSection(section);
@@ -69,14 +100,24 @@ std::u16string ReadProfileValue(const std::u16string &section, const std::u16str
     std::u16string value = ini.Value();
     if (value.size() > 249)
         value.resize(249);
+    if (reads)
+        reads->values.emplace(std::tuple(file.native(), section, key), value);
     return value;
 }
 
 // Reads a profile value of a file that first goes through ReadByteArray.
 std::u16string readConfigValue(const fs::path &file, const std::u16string &section, const std::u16string &key)
 {
-    std::vector<std::uint8_t> bytes;
-    ReadByteArray(file.u16string(), bytes);
+    ConfigReads *reads = configReads();
+    if (!reads || !reads->withoutMark.contains(file.native())) {
+        std::vector<std::uint8_t> bytes;
+        ReadByteArray(file.u16string(), bytes);
+        const bool rewritten = bytes.size() >= 3 && bytes[0] == 0xEF && bytes[1] == 0xBB && bytes[2] == 0xBF;
+        if (reads && rewritten)
+            std::erase_if(reads->values, [&](const auto &entry) { return std::get<0>(entry.first) == file.native(); });
+        else if (reads)
+            reads->withoutMark.insert(file.native());
+    }
     return ReadProfileValue(section, key, file);
 }
 
@@ -130,14 +171,21 @@ fs::path canonicalOf(const fs::path &path)
     return ec ? path : canonical;
 }
 
+// canonicalOf(child) for a child found in parent: a folder that is no link lies where its parent does.
+fs::path canonicalBelow(const fs::path &parent, const fs::path &parentCanonical, const fs::path &child)
+{
+    std::error_code ec;
+    if (child.parent_path() == parent && !fs::is_symlink(fs::symlink_status(child, ec)) && !ec)
+        return parentCanonical / child.filename();
+    return canonicalOf(child);
+}
+
 std::vector<std::u16string> subfolderNames(const std::u16string &folder, const std::u16string &procedure)
 {
     const auto resolved = FileLookup::resolve(fs::path(folder));
-    std::error_code ec;
-    if (!resolved || !fs::is_directory(*resolved, ec))
+    if (!resolved || !FileLookup::exists(fs::path(folder), LookupKind::Folders))
         throw RuntimeError(76, u"Path not found", procedure);
-    fs::directory_iterator probe(*resolved, ec);
-    if (ec)
+    if (!FileLookup::canList(*resolved))
         throw RuntimeError(70, u"Permission denied", procedure);
     return FileLookup(fs::path(joinPath(folder, u"*")), LookupKind::Folders).names();
 }
@@ -146,12 +194,17 @@ std::vector<std::u16string> subfolderNames(const std::u16string &folder, const s
 // "¦" + path + "¦" + whether it holds a file of mask. A link back into a folder of the walk would make the
 // path grow until it failed; that failure comes at once.
 void analyzeFolder(const std::u16string &folder, const std::u16string &mask, std::u16string &FolderScanText,
-                   const std::u16string &procedure)
+                   const std::u16string &procedure, std::pair<fs::path, fs::path> &aircraftFolder)
 {
     struct Pending
     {
         std::u16string path;
         std::size_t depth;
+    };
+    struct Inside
+    {
+        fs::path resolved;
+        fs::path canonical;
     };
     std::vector<Pending> pending;
     auto pushChildren = [&](const std::u16string &parent, std::size_t depth) {
@@ -160,16 +213,22 @@ void analyzeFolder(const std::u16string &folder, const std::u16string &mask, std
             pending.push_back({joinPath(parent, *it), depth});
     };
     pushChildren(folder, 1); // fails first when folder is no folder
-    std::vector<fs::path> inside {canonicalOf(*FileLookup::resolve(fs::path(folder)))};
+    const fs::path top = *FileLookup::resolve(fs::path(folder));
+    // The folders of a scan share their parent: its canonical form is found once.
+    if (aircraftFolder.first != top.parent_path())
+        aircraftFolder = {top.parent_path(), canonicalOf(top.parent_path())};
+    std::vector<Inside> inside {{top, canonicalBelow(aircraftFolder.first, aircraftFolder.second, top)}};
     while (!pending.empty()) {
         const Pending item = std::move(pending.back());
         pending.pop_back();
         inside.resize(item.depth);
-        const fs::path canonical = canonicalOf(*FileLookup::resolve(fs::path(item.path)));
-        if (std::find(inside.begin(), inside.end(), canonical) != inside.end())
+        const fs::path resolved = *FileLookup::resolve(fs::path(item.path));
+        const fs::path canonical = canonicalBelow(inside.back().resolved, inside.back().canonical, resolved);
+        if (std::any_of(inside.begin(), inside.end(),
+                        [&](const Inside &above) { return above.canonical == canonical; }))
             throw RuntimeError(76, u"Path not found", procedure);
         FolderScanText += ListSeparator + item.path + ListSeparator + matchFlag(joinPath(item.path, mask));
-        inside.push_back(canonical);
+        inside.push_back({resolved, canonical});
         pushChildren(item.path, item.depth + 1);
     }
 }
@@ -186,8 +245,9 @@ std::vector<std::pair<std::u16string, std::u16string>> folderScan(const RunState
         return state.FolderPrefix + n + ListSeparator + matchFlag(joinPath(state.FolderPrefix + n, mask));
     };
     std::u16string FolderScanText = pair(name);
+    std::pair<fs::path, fs::path> aircraftFolder;
     while (!name.empty()) {
-        analyzeFolder(state.FolderPrefix + name, mask, FolderScanText, procedure);
+        analyzeFolder(state.FolderPrefix + name, mask, FolderScanText, procedure, aircraftFolder);
         name = lookup.next().value_or(std::u16string());
         FolderScanText += ListSeparator + pair(name);
     }

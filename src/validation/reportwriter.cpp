@@ -39,6 +39,22 @@ void writeBytes(const fs::path &path, const std::string &bytes, bool append, con
         throw RuntimeError(75, u"Path/File access error", procedure);
 }
 
+fs::path canonicalOf(const fs::path &path)
+{
+    std::error_code ec;
+    fs::path canonical = fs::canonical(path, ec);
+    return ec ? path : canonical;
+}
+
+// canonicalOf(child) for a child found in parent: a folder that is no link lies where its parent does.
+fs::path canonicalBelow(const fs::path &parent, const fs::path &parentCanonical, const fs::path &child)
+{
+    std::error_code ec;
+    if (child.parent_path() == parent && !fs::is_symlink(fs::symlink_status(child, ec)) && !ec)
+        return parentCanonical / child.filename();
+    return canonicalOf(child);
+}
+
 } // namespace
 
 std::int64_t reportTimeSeconds()
@@ -110,26 +126,34 @@ void FindEmptyFolders(const std::u16string &path, const std::u16string &EmptyFol
     while (start.size() > 1 && start.back() == sep && !(start.size() == 3 && start[1] == u':'))
         start.pop_back();
     std::vector<Pending> pending {{start, 0}};
-    std::vector<fs::path> inside;
+    struct Inside
+    {
+        fs::path resolved;
+        fs::path canonical;
+    };
+    std::vector<Inside> inside;
     while (!pending.empty()) {
         const Pending item = std::move(pending.back());
         pending.pop_back();
-        if (yieldToEvents)
+        if (yieldToEvents) {
             yieldToEvents();
+            // Whatever the events did, the disk may have changed since anything was looked at.
+            platform::LookupSnapshot::forgetAll();
+        }
         const auto resolved = platform::FileLookup::resolve(fs::path(item.path));
-        std::error_code ec;
-        if (!resolved || !fs::is_directory(*resolved, ec))
+        if (!resolved || !platform::FileLookup::exists(fs::path(item.path), platform::LookupKind::Folders))
             continue;
         inside.resize(item.depth);
-        fs::path canonical = fs::canonical(*resolved, ec);
-        if (ec)
-            canonical = *resolved;
-        if (std::find(inside.begin(), inside.end(), canonical) != inside.end())
+        // After events anything may have moved: then every folder is looked at afresh.
+        const fs::path canonical = inside.empty() || yieldToEvents
+            ? canonicalOf(*resolved)
+            : canonicalBelow(inside.back().resolved, inside.back().canonical, *resolved);
+        if (std::any_of(inside.begin(), inside.end(),
+                        [&](const Inside &above) { return above.canonical == canonical; }))
             continue; // a link back into the walk
-        fs::directory_iterator probe(*resolved, ec);
-        if (ec)
+        if (!platform::FileLookup::canList(*resolved))
             continue; // unreadable: passed over as the walk ignores its errors
-        inside.push_back(canonical);
+        inside.push_back({*resolved, canonical});
         const std::u16string pattern = item.path + (item.path.back() == sep ? u"" : std::u16string(1, sep)) + u"*";
         const std::vector<std::u16string> subfolders =
             platform::FileLookup(fs::path(pattern), platform::LookupKind::Folders).names();

@@ -251,6 +251,9 @@ ValidationResult runValidation(const ValidationInput &input, clsIniFile &Aircraf
             return finish(ValidationOutcome::Cancelled);
     }
 
+    // From here on nothing but the run looks at the aircraft folder, which it asks about many times over: the
+    // snapshot answers each question once. The empty-folder search lets go of it when it serves events.
+    const platform::LookupSnapshot snapshot;
     auto refuse = [&](const std::u16string &boxText, const std::u16string &batchText) {
         if (input.BatchRunning)
             result.BatchFailureText = batchText;
@@ -265,16 +268,20 @@ ValidationResult runValidation(const ValidationInput &input, clsIniFile &Aircraf
         return refuse(u"An aircraft.cfg file without any [fltsim.x] section found in folder . Exiting here...",
                       u"An aircraft.cfg file without any [fltsim.x] section found in folder ");
 
-    std::vector<std::u16string> sections;
-    std::int32_t sectionCount = 0;
-    AircraftIni.EnumerateAllSections(sections, sectionCount);
-    for (std::int32_t s = 0; s < sectionCount; ++s) {
-        const std::u16string &name = sections[static_cast<std::size_t>(s)];
-        const std::u16string start = lowerPrefix7(name);
-        if (optionValue(state, 21) == 1 && state.simulatorFound && start == u"effects")
-            effectSection(state, AircraftIni, name);
-        if (start == u"fltsim.")
-            fillRecord(state, AircraftIni, name);
+    {
+        // Only reads: the file is looked at once for all of them.
+        clsIniFile::Batch reading(AircraftIni);
+        std::vector<std::u16string> sections;
+        std::int32_t sectionCount = 0;
+        AircraftIni.EnumerateAllSections(sections, sectionCount);
+        for (std::int32_t s = 0; s < sectionCount; ++s) {
+            const std::u16string &name = sections[static_cast<std::size_t>(s)];
+            const std::u16string start = lowerPrefix7(name);
+            if (optionValue(state, 21) == 1 && state.simulatorFound && start == u"effects")
+                effectSection(state, AircraftIni, name);
+            if (start == u"fltsim.")
+                fillRecord(state, AircraftIni, name);
+        }
     }
     if (state.SectionTable.empty())
         return refuse(u"This aircraft.cfg does not contain a [fltsim.x] section. Exiting here...",
@@ -299,6 +306,7 @@ ValidationResult runValidation(const ValidationInput &input, clsIniFile &Aircraf
     if (const auto stale = platform::FileLookup::findFile(state.FolderPrefix + u"corvanecheck.log")) {
         std::error_code ec;
         std::filesystem::remove(*stale, ec);
+        platform::LookupSnapshot::forget(*stale);
     }
 
     state.EmptyFolderList.clear();
@@ -311,6 +319,7 @@ ValidationResult runValidation(const ValidationInput &input, clsIniFile &Aircraf
     bool reportHasErrors = false;
     const std::vector<std::u16string> lines = reportLines(state, reportHasErrors);
     writeReportFile(std::filesystem::path(result.reportPath), lines, std::u16string(ProcedureName));
+    platform::LookupSnapshot::forget(std::filesystem::path(result.reportPath));
     result.ReportHasErrors = reportHasErrors;
     return finish(ValidationOutcome::ReportWritten);
 }

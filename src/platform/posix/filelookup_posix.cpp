@@ -2,9 +2,12 @@
 #include "platform/filelookup.h"
 
 #include <algorithm>
+#include <memory>
 #include <system_error>
 #include <utility>
 #include <vector>
+
+#include "platform/filelookupcache.h"
 
 namespace fleetwright::platform {
 
@@ -54,16 +57,15 @@ std::vector<fs::path> otherSpellings(const fs::path &folder, const std::string &
     if (!wantedWide)
         return {};
     std::vector<std::pair<std::u16string, fs::path>> found;
-    std::error_code error;
-    for (fs::directory_iterator it(folder.empty() ? fs::path(".") : folder, error), end; !error && it != end;
-         it.increment(error)) {
-        const fs::path name = it->path().filename();
-        if (name.native() == wanted)
+    const fs::path listed = folder.empty() ? fs::path(".") : folder;
+    const auto entries = lookupcache::listing(listed);
+    for (const lookupcache::ListedEntry &entry : entries->entries) {
+        if (entry.name.native() == wanted)
             continue;
-        const std::optional<std::u16string> wide = wideName(name);
         std::error_code statusError;
-        if (wide && sameNameIgnoringCase(*wide, *wantedWide) && isKind(it->status(statusError), kind))
-            found.emplace_back(*wide, name);
+        if (entry.wide && sameNameIgnoringCase(*entry.wide, *wantedWide)
+            && isKind(lookupcache::status(listed / entry.name, statusError), kind))
+            found.emplace_back(*entry.wide, entry.name);
     }
     std::sort(found.begin(), found.end(),
               [](const auto &a, const auto &b) { return listingOrderLess(a.first, b.first); });
@@ -85,13 +87,13 @@ std::optional<fs::path> resolveBelow(const fs::path &current, const std::vector<
     std::error_code error;
     if (component.empty()) {
         // A trailing separator: what stands before it must be a folder.
-        if (!fs::is_directory(current.empty() ? fs::path(".") : current, error))
+        if (!fs::is_directory(lookupcache::status(current.empty() ? fs::path(".") : current, error)))
             return std::nullopt;
         return resolveBelow(current / fs::path(), components, index + 1);
     }
     if (component == "." || component == "..") {
         const fs::path next = current / component;
-        if (!fs::is_directory(next, error))
+        if (!fs::is_directory(lookupcache::status(next, error)))
             return std::nullopt;
         return resolveBelow(next, components, index + 1);
     }
@@ -99,7 +101,7 @@ std::optional<fs::path> resolveBelow(const fs::path &current, const std::vector<
     if (name.empty())
         return std::nullopt;
     const LookupKind kind = last ? LookupKind::FilesAndFolders : LookupKind::Folders;
-    if (isKind(fs::status(current / name, error), kind)) {
+    if (isKind(lookupcache::status(current / name, error), kind)) {
         if (std::optional<fs::path> resolved = resolveBelow(current / name, components, index + 1))
             return resolved;
     }
@@ -110,38 +112,36 @@ std::optional<fs::path> resolveBelow(const fs::path &current, const std::vector<
     return std::nullopt;
 }
 
-} // namespace
-
-FileLookup::FileLookup(const fs::path &wildcardPath, LookupKind kind)
+// The names of a wildcard lookup, in listing order.
+std::vector<std::u16string> lookupNames(const fs::path &wildcardPath, LookupKind kind)
 {
+    std::vector<std::u16string> names;
     const std::optional<std::u16string> pattern = wideName(wildcardPath.filename());
     if (!pattern || pattern->empty())
-        return;
+        return names;
     fs::path folder = wildcardPath.parent_path();
     if (!folder.empty()) {
-        const std::optional<fs::path> resolved = resolve(folder);
+        const std::optional<fs::path> resolved = FileLookup::resolve(folder);
         if (!resolved)
-            return;
+            return names;
         folder = *resolved;
     }
-    std::error_code error;
-    for (fs::directory_iterator it(folder.empty() ? fs::path(".") : folder, error), end; !error && it != end;
-         it.increment(error)) {
-        const std::optional<std::u16string> name = wideName(it->path().filename());
-        if (!name || !matchesWildcard(*pattern, *name))
+    const fs::path listed = folder.empty() ? fs::path(".") : folder;
+    const auto entries = lookupcache::listing(listed);
+    for (const lookupcache::ListedEntry &entry : entries->entries) {
+        if (!entry.wide || !matchesWildcard(*pattern, *entry.wide))
             continue;
         std::error_code statusError;
-        if (isKind(it->status(statusError), kind))
-            m_names.push_back(*name);
+        if (isKind(lookupcache::status(listed / entry.name, statusError), kind))
+            names.push_back(*entry.wide);
     }
-    std::sort(m_names.begin(), m_names.end(),
+    std::sort(names.begin(), names.end(),
               [](const std::u16string &a, const std::u16string &b) { return listingOrderLess(a, b); });
+    return names;
 }
 
-std::optional<fs::path> FileLookup::resolve(const fs::path &path)
+std::optional<fs::path> resolveUncached(const fs::path &path)
 {
-    if (path.empty())
-        return std::nullopt;
     const fs::path relative = path.relative_path();
     const std::vector<fs::path> components(relative.begin(), relative.end());
     // The exact spelling wins at every level, so a path that exists as written is its own answer: one look
@@ -151,16 +151,52 @@ std::optional<fs::path> FileLookup::resolve(const fs::path &path)
         return !text.empty() && text != "." && text != ".." && (text.back() == '.' || text.back() == ' ');
     });
     std::error_code error;
-    if (plain && fs::exists(fs::status(path, error)))
+    if (plain && fs::exists(lookupcache::status(path, error)))
         return path;
+    // The search goes through the folder's own candidates in the same order, and no candidate before the
+    // folder's answer leads anywhere: so the answer lies below the folder's answer, if there. Only when it
+    // does not are the later candidates walked.
+    const fs::path parent = path.parent_path();
+    const fs::path last = path.filename();
+    if (!last.empty() && last != "." && last != ".." && !parent.empty() && parent != path
+        && parent.lexically_normal() == parent) {
+        const std::optional<fs::path> folder = FileLookup::resolve(parent);
+        if (!folder)
+            return std::nullopt;
+        if (std::optional<fs::path> below = resolveBelow(*folder, {last}, 0))
+            return below;
+    }
     return resolveBelow(path.root_path(), components, 0);
+}
+
+} // namespace
+
+FileLookup::FileLookup(const fs::path &wildcardPath, LookupKind kind)
+{
+    if (const std::vector<std::u16string> *known = lookupcache::knownNames(wildcardPath, kind)) {
+        m_names = *known;
+        return;
+    }
+    m_names = lookupNames(wildcardPath, kind);
+    lookupcache::keepNames(wildcardPath, kind, m_names);
+}
+
+std::optional<fs::path> FileLookup::resolve(const fs::path &path)
+{
+    if (path.empty())
+        return std::nullopt;
+    if (std::optional<std::optional<fs::path>> known = lookupcache::knownResolve(path))
+        return *known;
+    std::optional<fs::path> resolved = resolveUncached(path);
+    lookupcache::keepResolve(path, resolved);
+    return resolved;
 }
 
 bool FileLookup::exists(const fs::path &path, LookupKind kind)
 {
     const std::optional<fs::path> resolved = resolve(path);
     std::error_code error;
-    return resolved && isKind(fs::status(*resolved, error), kind);
+    return resolved && isKind(lookupcache::status(*resolved, error), kind);
 }
 
 } // namespace fleetwright::platform

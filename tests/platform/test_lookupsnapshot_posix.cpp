@@ -1,0 +1,97 @@
+// A lookup snapshot answers as the file system did when it first looked, until told otherwise.
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "platform/filelookup.h"
+#include "support/tempdir.h"
+
+using namespace fleetwright::platform;
+using fleetwright::test::TempDir;
+using fleetwright::test::writeBytes;
+namespace fs = std::filesystem;
+
+namespace {
+
+std::vector<std::u16string> names(const fs::path &pattern, LookupKind kind = LookupKind::FilesAndFolders)
+{
+    return FileLookup(pattern, kind).names();
+}
+
+} // namespace
+
+TEST(LookupSnapshot, AnswersAsWithoutOneWhileNothingChanges)
+{
+    TempDir dir;
+    writeBytes(dir / "Aircraft" / "B737" / "Texture.KLM" / "a.bmp", "");
+    writeBytes(dir / "Aircraft" / "B737" / "texture" / "b.dds", "");
+    writeBytes(dir / "Aircraft" / "B737" / "texture.txt", "");
+    writeBytes(dir / "Aircraft" / "b737" / "marker", "");
+    const fs::path asked[] = {
+        dir / "aircraft" / "b737" / "texture.klm" / "A.BMP",
+        dir / "aircraft" / "b737" / "marker",
+        dir / "aircraft" / "B737" / "texture.",
+        dir / "aircraft" / "b737" / "texture" / "b.dds",
+        dir / "aircraft" / "b737" / "nothing",
+    };
+    std::vector<std::optional<fs::path>> plain;
+    for (const fs::path &path : asked)
+        plain.push_back(FileLookup::resolve(path));
+    const std::vector<std::u16string> textures = names(dir / "aircraft" / "B737" / "texture.*");
+    ASSERT_EQ(textures, (std::vector<std::u16string> {u"texture", u"Texture.KLM", u"texture.txt"}));
+
+    const LookupSnapshot snapshot;
+    EXPECT_NE(LookupSnapshot::generation(), 0u);
+    for (int round = 0; round < 2; ++round) {
+        for (std::size_t i = 0; i < std::size(asked); ++i) {
+            SCOPED_TRACE(asked[i].string());
+            EXPECT_EQ(FileLookup::resolve(asked[i]), plain[i]);
+        }
+        EXPECT_EQ(names(dir / "aircraft" / "B737" / "texture.*"), textures);
+        EXPECT_EQ(names(dir / "aircraft" / "B737" / "*", LookupKind::Folders),
+                  (std::vector<std::u16string> {u"texture", u"Texture.KLM"}));
+        EXPECT_TRUE(FileLookup::exists(dir / "aircraft" / "B737" / "texture.klm", LookupKind::Folders));
+        EXPECT_TRUE(FileLookup::canList(dir / "Aircraft" / "B737"));
+        EXPECT_FALSE(FileLookup::canList(dir / "Aircraft" / "B737" / "texture.txt"));
+    }
+}
+
+TEST(LookupSnapshot, ChangesShowAfterForgetOrOnceClosed)
+{
+    TempDir dir;
+    writeBytes(dir / "Plane" / "aircraft.cfg", "");
+    const fs::path log = dir / "Plane" / "corvanecheck.log";
+    {
+        const LookupSnapshot snapshot;
+        const std::uint64_t first = LookupSnapshot::generation();
+        EXPECT_FALSE(FileLookup::findFile(log.u16string()));
+        EXPECT_EQ(names(dir / "plane" / "*"), (std::vector<std::u16string> {u"aircraft.cfg"}));
+
+        writeBytes(log, "");
+        EXPECT_FALSE(FileLookup::findFile(log.u16string())) << "the snapshot still holds what it saw";
+        EXPECT_EQ(names(dir / "plane" / "*").size(), 1u);
+        {
+            const LookupSnapshot nested; // shares what the outer one saw
+            EXPECT_EQ(LookupSnapshot::generation(), first);
+            EXPECT_FALSE(FileLookup::findFile(log.u16string()));
+        }
+
+        LookupSnapshot::forget(dir / "Plane" / "." / "corvanecheck.log");
+        EXPECT_NE(LookupSnapshot::generation(), first);
+        EXPECT_EQ(FileLookup::findFile(log.u16string()), log);
+        EXPECT_EQ(names(dir / "plane" / "*"), (std::vector<std::u16string> {u"aircraft.cfg", u"corvanecheck.log"}));
+
+        fs::remove(log);
+        fs::create_directories(dir / "Plane" / "Texture");
+        EXPECT_EQ(FileLookup::findFile(log.u16string()), log);
+        LookupSnapshot::forgetAll();
+        EXPECT_FALSE(FileLookup::findFile(log.u16string()));
+        EXPECT_EQ(names(dir / "plane" / "*", LookupKind::Folders), (std::vector<std::u16string> {u"Texture"}));
+        writeBytes(log, "");
+    }
+    EXPECT_EQ(LookupSnapshot::generation(), 0u);
+    EXPECT_EQ(FileLookup::findFile(log.u16string()), log) << "without a snapshot every lookup looks";
+    LookupSnapshot::forget(log); // nothing to forget: no snapshot
+}
