@@ -41,39 +41,21 @@ class Workload
 public:
     Workload()
         : m_bytes(bench::aircraftCfg({VARIATIONS, KEYS}))
+        , m_folder("editing")
+        , m_file(m_folder.path() / "aircraft.cfg")
     {
-        std::random_device random;
-        m_folder = std::filesystem::temp_directory_path()
-            / ("fleetwright-bench-" + std::to_string(random()) + "-" + std::to_string(random()));
-        std::filesystem::create_directories(m_folder);
-        m_file = m_folder / "aircraft.cfg";
         restore();
     }
 
-    ~Workload()
-    {
-        std::error_code ignored;
-        std::filesystem::remove_all(m_folder, ignored);
-    }
-
-    // The original bytes again, dated a few seconds back so that the profile engine may trust the time stamp,
-    // as it can for any folder the user opens.
-    void restore() const
-    {
-        {
-            std::ofstream out(m_file, std::ios::binary | std::ios::trunc);
-            out.write(m_bytes.data(), static_cast<std::streamsize>(m_bytes.size()));
-        }
-        std::filesystem::last_write_time(m_file,
-                                         std::filesystem::file_time_type::clock::now() - std::chrono::seconds(5));
-    }
+    // The original bytes again.
+    void restore() const { bench::writeSettledFile(m_file, m_bytes); }
 
     std::u16string widePath() const { return m_file.u16string(); }
     const std::filesystem::path &file() const { return m_file; }
 
 private:
     std::string m_bytes;
-    std::filesystem::path m_folder;
+    bench::BenchFolder m_folder;
     std::filesystem::path m_file;
 };
 

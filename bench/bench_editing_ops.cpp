@@ -34,36 +34,23 @@ class AircraftFile
 public:
     AircraftFile()
         : m_bytes(bench::aircraftCfg({VARIATIONS, KEYS}))
-    {
-        std::random_device random;
-        m_folder = std::filesystem::temp_directory_path()
-            / ("fleetwright-bench-edit-" + std::to_string(random()) + "-" + std::to_string(random()));
-        std::filesystem::create_directories(m_folder);
-    }
-
-    ~AircraftFile()
-    {
-        std::error_code ignored;
-        std::filesystem::remove_all(m_folder, ignored);
-    }
+        , m_folder("edit")
+    {}
 
     // The generated file, as it stands before each run.
     std::u16string fresh() const
     {
-        const std::filesystem::path cfg = m_folder / "aircraft.cfg";
-        std::ofstream(cfg, std::ios::binary).write(m_bytes.data(), static_cast<std::streamsize>(m_bytes.size()));
-        // A file written a moment ago is compared byte by byte before its parse is trusted; no folder the
-        // user opens is that young.
-        std::filesystem::last_write_time(cfg, std::filesystem::file_time_type::clock::now() - std::chrono::seconds(5));
+        const std::filesystem::path cfg = m_folder.path() / "aircraft.cfg";
+        bench::writeSettledFile(cfg, m_bytes);
         return cfg.u16string();
     }
 
-    std::string current() const { return platform::readWholeFile(m_folder / "aircraft.cfg").value_or(""); }
+    std::string current() const { return platform::readWholeFile(m_folder.path() / "aircraft.cfg").value_or(""); }
     const std::string &original() const { return m_bytes; }
 
 private:
-    std::filesystem::path m_folder;
     std::string m_bytes;
+    bench::BenchFolder m_folder;
 };
 
 const AircraftFile &aircraftFile()

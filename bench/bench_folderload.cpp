@@ -31,32 +31,20 @@ class AircraftFolder
 {
 public:
     AircraftFolder()
+        : m_folder("load")
     {
-        std::random_device random;
-        m_folder = std::filesystem::temp_directory_path()
-            / ("fleetwright-bench-load-" + std::to_string(random()) + "-" + std::to_string(random()));
-        std::filesystem::create_directories(m_folder / "model");
+        const std::filesystem::path &folder = m_folder.path();
+        std::filesystem::create_directories(folder / "model");
         for (int v = 0; v < VARIATIONS; v += 10)
-            std::filesystem::create_directories(m_folder / ("texture.L" + std::to_string(v)));
-        std::ofstream(m_folder / "Corvane737.air", std::ios::binary) << "air";
-        const std::string bytes = bench::aircraftCfg({VARIATIONS, KEYS});
-        const std::filesystem::path cfg = m_folder / "aircraft.cfg";
-        std::ofstream(cfg, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-        // A file written a moment ago is compared byte by byte before its parse is trusted; no folder the
-        // user opens is that young.
-        std::filesystem::last_write_time(cfg, std::filesystem::file_time_type::clock::now() - std::chrono::seconds(5));
+            std::filesystem::create_directories(folder / ("texture.L" + std::to_string(v)));
+        std::ofstream(folder / "Corvane737.air", std::ios::binary) << "air";
+        bench::writeSettledFile(folder / "aircraft.cfg", bench::aircraftCfg({VARIATIONS, KEYS}));
     }
 
-    ~AircraftFolder()
-    {
-        std::error_code ignored;
-        std::filesystem::remove_all(m_folder, ignored);
-    }
-
-    std::u16string path() const { return m_folder.u16string(); }
+    std::u16string path() const { return m_folder.path().u16string(); }
 
 private:
-    std::filesystem::path m_folder;
+    bench::BenchFolder m_folder;
 };
 
 void BM_FolderLoad(benchmark::State &state)

@@ -41,12 +41,9 @@ class Workload
 public:
     Workload()
         : m_bytes(bench::aircraftCfg({VARIATIONS, KEYS}))
+        , m_folder("profile")
+        , m_file(m_folder.path() / "aircraft.cfg")
     {
-        std::random_device random;
-        m_folder = std::filesystem::temp_directory_path()
-            / ("fleetwright-bench-" + std::to_string(random()) + "-" + std::to_string(random()));
-        std::filesystem::create_directories(m_folder);
-        m_file = m_folder / "aircraft.cfg";
         for (int v = 0; v < VARIATIONS; ++v)
             m_sections.push_back(wide("fltsim." + std::to_string(v)));
         for (std::string_view key : bench::variationKeys())
@@ -54,23 +51,8 @@ public:
         restore();
     }
 
-    ~Workload()
-    {
-        std::error_code ignored;
-        std::filesystem::remove_all(m_folder, ignored);
-    }
-
-    // Puts the original bytes back. The time stamp is set a few seconds into the past: a file written a moment
-    // ago cannot be trusted by its time stamp and is compared byte by byte, which no folder the user opens is.
-    void restore() const
-    {
-        {
-            std::ofstream out(m_file, std::ios::binary | std::ios::trunc);
-            out.write(m_bytes.data(), static_cast<std::streamsize>(m_bytes.size()));
-        }
-        std::filesystem::last_write_time(m_file,
-                                         std::filesystem::file_time_type::clock::now() - std::chrono::seconds(5));
-    }
+    // Puts the original bytes back.
+    void restore() const { bench::writeSettledFile(m_file, m_bytes); }
 
     const std::filesystem::path &file() const { return m_file; }
     std::u16string widePath() const { return m_file.u16string(); }
@@ -79,7 +61,7 @@ public:
 
 private:
     std::string m_bytes;
-    std::filesystem::path m_folder;
+    bench::BenchFolder m_folder;
     std::filesystem::path m_file;
     std::vector<std::u16string> m_sections;
     std::vector<std::u16string> m_keys;

@@ -1,7 +1,11 @@
 #include "workload.h"
 
 #include <cassert>
+#include <chrono>
+#include <fstream>
 #include <initializer_list>
+#include <random>
+#include <system_error>
 
 namespace fleetwright::bench {
 
@@ -181,6 +185,29 @@ std::string aircraftCfg(const WorkloadShape &shape)
             {"cruise_lift_scalar=1.0", "parasite_drag_scalar=1.0", "induced_drag_scalar=1.0",
              "elevator_effectiveness=1.0", "aileron_effectiveness=1.0", "rudder_effectiveness=1.0"});
     return out;
+}
+
+BenchFolder::BenchFolder(std::string_view stem)
+{
+    std::random_device random;
+    m_path = std::filesystem::temp_directory_path()
+        / ("fleetwright-bench-" + std::string(stem) + "-" + std::to_string(random()) + "-" + std::to_string(random()));
+    std::filesystem::create_directories(m_path);
+}
+
+BenchFolder::~BenchFolder()
+{
+    std::error_code ignored;
+    std::filesystem::remove_all(m_path, ignored);
+}
+
+void writeSettledFile(const std::filesystem::path &file, std::string_view bytes)
+{
+    {
+        std::ofstream out(file, std::ios::binary | std::ios::trunc);
+        out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    }
+    std::filesystem::last_write_time(file, std::filesystem::file_time_type::clock::now() - std::chrono::seconds(5));
 }
 
 } // namespace fleetwright::bench

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -37,5 +38,24 @@ std::string variationValue(int variation, std::string_view key, int generation =
 
 // The whole file.
 std::string aircraftCfg(const WorkloadShape &shape);
+
+// A folder of its own under the temporary folder, removed with everything in it when the object goes.
+class BenchFolder
+{
+public:
+    explicit BenchFolder(std::string_view stem);
+    ~BenchFolder();
+    BenchFolder(const BenchFolder &) = delete;
+    BenchFolder &operator=(const BenchFolder &) = delete;
+
+    const std::filesystem::path &path() const { return m_path; }
+
+private:
+    std::filesystem::path m_path;
+};
+
+// Writes bytes to file, dated a few seconds back: a file written a moment ago is compared byte by byte before
+// the profile engine trusts its parse, and no folder the user opens is that young.
+void writeSettledFile(const std::filesystem::path &file, std::string_view bytes);
 
 } // namespace fleetwright::bench
