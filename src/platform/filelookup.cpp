@@ -123,6 +123,7 @@ struct Snapshot
     std::unordered_map<std::filesystem::path::string_type, std::shared_ptr<const lookupcache::Listing>> listings;
     std::unordered_map<std::filesystem::path::string_type, std::pair<std::filesystem::file_status, std::error_code>>
         statuses;
+    std::unordered_map<std::filesystem::path::string_type, bool> notLinks;
     std::unordered_map<std::filesystem::path::string_type, std::optional<std::filesystem::path>> resolves;
     std::map<std::pair<std::filesystem::path::string_type, LookupKind>, std::vector<std::u16string>> names;
 };
@@ -130,11 +131,14 @@ struct Snapshot
 thread_local Snapshot *openSnapshot = nullptr;
 thread_local std::uint64_t lastGeneration = 0;
 
-std::shared_ptr<const lookupcache::Listing> listFolder(const std::filesystem::path &folder)
+// With a snapshot open, the kind of every listed entry that is no link goes into its statuses as well: the
+// listing tells it for free, and the lookups ask for little else.
+std::shared_ptr<const lookupcache::Listing> listFolder(const std::filesystem::path &folder, Snapshot *snapshot)
 {
     auto listed = std::make_shared<lookupcache::Listing>();
     std::error_code error;
-    std::filesystem::directory_iterator it(folder.empty() ? std::filesystem::path(".") : folder, error);
+    const std::filesystem::path listedFolder = folder.empty() ? std::filesystem::path(".") : folder;
+    std::filesystem::directory_iterator it(listedFolder, error);
     listed->opened = !error;
     for (const std::filesystem::directory_iterator end; !error && it != end; it.increment(error)) {
         lookupcache::ListedEntry &entry = listed->entries.emplace_back();
@@ -144,6 +148,25 @@ std::shared_ptr<const lookupcache::Listing> listFolder(const std::filesystem::pa
         } catch (const std::system_error &) {
             entry.wide.reset();
         }
+        if (snapshot)
+            listed->names.insert(entry.name.native());
+#ifndef _WIN32
+        // Where the system leaves the kind out, asking would cost a call per entry: those are asked later.
+        std::error_code kindError;
+        if (snapshot && !it->is_symlink(kindError) && !kindError) {
+            const auto key = (listedFolder / entry.name).native();
+            snapshot->notLinks.try_emplace(key, true);
+            std::filesystem::file_type type = std::filesystem::file_type::none;
+            if (it->is_directory(kindError))
+                type = std::filesystem::file_type::directory;
+            else if (!kindError && it->is_regular_file(kindError))
+                type = std::filesystem::file_type::regular;
+            if (!kindError && type != std::filesystem::file_type::none)
+                snapshot->statuses.try_emplace(key, std::filesystem::file_status(type), std::error_code());
+        }
+#else
+        (void)snapshot;
+#endif
     }
     return listed;
 }
@@ -155,10 +178,10 @@ namespace lookupcache {
 std::shared_ptr<const Listing> listing(const std::filesystem::path &folder)
 {
     if (!openSnapshot)
-        return listFolder(folder);
+        return listFolder(folder, nullptr);
     auto [at, added] = openSnapshot->listings.try_emplace(folder.native());
     if (added)
-        at->second = listFolder(folder);
+        at->second = listFolder(folder, openSnapshot);
     return at->second;
 }
 
@@ -167,10 +190,35 @@ std::filesystem::file_status status(const std::filesystem::path &path, std::erro
     if (!openSnapshot)
         return std::filesystem::status(path, error);
     auto [at, added] = openSnapshot->statuses.try_emplace(path.native());
-    if (added)
-        at->second.first = std::filesystem::status(path, at->second.second);
+    if (added) {
+        // A name that the listing of its folder does not hold is not there.
+        const auto folder = openSnapshot->listings.find(path.parent_path().native());
+        const std::filesystem::path name = path.filename();
+        if (folder != openSnapshot->listings.end() && folder->second->opened && !name.empty() && name != "."
+            && name != ".." && !folder->second->names.contains(name.native())) {
+            at->second.first = std::filesystem::file_status(std::filesystem::file_type::not_found);
+            at->second.second = std::make_error_code(std::errc::no_such_file_or_directory);
+        } else {
+            at->second.first = std::filesystem::status(path, at->second.second);
+        }
+    }
     error = at->second.second;
     return at->second.first;
+}
+
+bool notLink(const std::filesystem::path &path)
+{
+    const auto lookAt = [&path] {
+        std::error_code error;
+        const std::filesystem::file_status status = std::filesystem::symlink_status(path, error);
+        return !error && !std::filesystem::is_symlink(status);
+    };
+    if (!openSnapshot)
+        return lookAt();
+    auto [at, added] = openSnapshot->notLinks.try_emplace(path.native());
+    if (added)
+        at->second = lookAt();
+    return at->second;
 }
 
 std::optional<std::optional<std::filesystem::path>> knownResolve(const std::filesystem::path &path)
@@ -241,10 +289,12 @@ void LookupSnapshot::forget(const std::filesystem::path &path)
             listed = listed.parent_path();
         return listed == folder;
     });
-    std::erase_if(openSnapshot->statuses, [&](const auto &entry) {
+    const auto isRemoved = [&](const auto &entry) {
         return entry.first.find(removedName) != std::filesystem::path::string_type::npos
             && std::filesystem::path(entry.first).lexically_normal() == removed;
-    });
+    };
+    std::erase_if(openSnapshot->statuses, isRemoved);
+    std::erase_if(openSnapshot->notLinks, isRemoved);
     // Which spelling a path resolves to, and what a wildcard finds, may hang on any entry.
     openSnapshot->resolves.clear();
     openSnapshot->names.clear();
@@ -257,6 +307,7 @@ void LookupSnapshot::forgetAll()
     openSnapshot->generation = ++lastGeneration;
     openSnapshot->listings.clear();
     openSnapshot->statuses.clear();
+    openSnapshot->notLinks.clear();
     openSnapshot->resolves.clear();
     openSnapshot->names.clear();
 }
@@ -264,6 +315,11 @@ void LookupSnapshot::forgetAll()
 bool FileLookup::canList(const std::filesystem::path &folder)
 {
     return lookupcache::listing(folder)->opened;
+}
+
+bool FileLookup::isNotLink(const std::filesystem::path &path)
+{
+    return lookupcache::notLink(path);
 }
 
 std::uint64_t LookupSnapshot::generation()

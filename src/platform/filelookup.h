@@ -49,6 +49,8 @@ public:
     static bool exists(const std::filesystem::path &path, LookupKind kind = LookupKind::Files);
     // Whether the folder at folder, a path as resolve gives it, can be opened for listing.
     static bool canList(const std::filesystem::path &folder);
+    // Whether the entry at path (taken as it stands) can be looked at and is no symbolic link.
+    static bool isNotLink(const std::filesystem::path &path);
 
 private:
     std::vector<std::u16string> m_names;

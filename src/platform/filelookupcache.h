@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <system_error>
+#include <unordered_set>
 #include <vector>
 
 #include "platform/filelookup.h"
@@ -24,6 +25,8 @@ struct Listing
 {
     bool opened = false; // the folder could be opened for listing
     std::vector<ListedEntry> entries;
+    // The entries' names, kept only for listings that a snapshot holds.
+    std::unordered_set<std::filesystem::path::string_type> names;
 };
 
 // The entries of folder ("." for an empty path) in the order the system lists them, up to the first error.
@@ -31,6 +34,9 @@ std::shared_ptr<const Listing> listing(const std::filesystem::path &folder);
 
 // std::filesystem::status(path, error), links followed.
 std::filesystem::file_status status(const std::filesystem::path &path, std::error_code &error);
+
+// Whether path can be looked at and is no link.
+bool notLink(const std::filesystem::path &path);
 
 // What resolve answered for path, and the names of a wildcard lookup, while the snapshot stands; nothing
 // when not known (or no snapshot is open). keep does nothing without a snapshot.

@@ -174,8 +174,7 @@ fs::path canonicalOf(const fs::path &path)
 // canonicalOf(child) for a child found in parent: a folder that is no link lies where its parent does.
 fs::path canonicalBelow(const fs::path &parent, const fs::path &parentCanonical, const fs::path &child)
 {
-    std::error_code ec;
-    if (child.parent_path() == parent && !fs::is_symlink(fs::symlink_status(child, ec)) && !ec)
+    if (child.parent_path() == parent && platform::FileLookup::isNotLink(child))
         return parentCanonical / child.filename();
     return canonicalOf(child);
 }

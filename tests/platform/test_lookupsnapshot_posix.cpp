@@ -1,5 +1,6 @@
 // A lookup snapshot answers as the file system did when it first looked, until told otherwise.
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -94,4 +95,28 @@ TEST(LookupSnapshot, ChangesShowAfterForgetOrOnceClosed)
     EXPECT_EQ(LookupSnapshot::generation(), 0u);
     EXPECT_EQ(FileLookup::findFile(log.u16string()), log) << "without a snapshot every lookup looks";
     LookupSnapshot::forget(log); // nothing to forget: no snapshot
+}
+
+TEST(LookupSnapshot, TellsLinksFromWhatTheListingShows)
+{
+    TempDir dir;
+    writeBytes(dir / "B737" / "texture" / "b.dds", "");
+    fs::create_directory_symlink("texture", dir / "B737" / "texture.link");
+    fs::create_directory_symlink("nowhere", dir / "B737" / "dangling");
+    for (int withSnapshot = 0; withSnapshot < 2; ++withSnapshot) {
+        SCOPED_TRACE(withSnapshot);
+        std::optional<LookupSnapshot> snapshot;
+        if (withSnapshot)
+            snapshot.emplace();
+        // Listed first, so that the snapshot's answers come from the listing.
+        EXPECT_EQ(names(dir / "B737" / "*", LookupKind::Folders),
+                  (std::vector<std::u16string> {u"texture", u"texture.link"}));
+        EXPECT_TRUE(FileLookup::isNotLink(dir / "B737" / "texture"));
+        EXPECT_FALSE(FileLookup::isNotLink(dir / "B737" / "texture.link"));
+        EXPECT_FALSE(FileLookup::isNotLink(dir / "B737" / "dangling"));
+        EXPECT_FALSE(FileLookup::isNotLink(dir / "B737" / "missing"));
+        EXPECT_FALSE(FileLookup::exists(dir / "B737" / "dangling", LookupKind::FilesAndFolders));
+        EXPECT_FALSE(FileLookup::exists(dir / "b737" / "missing", LookupKind::FilesAndFolders));
+        EXPECT_TRUE(FileLookup::exists(dir / "b737" / "TEXTURE.LINK" / "B.DDS"));
+    }
 }

@@ -150,16 +150,20 @@ std::optional<fs::path> resolveUncached(const fs::path &path)
         const std::string &text = component.native();
         return !text.empty() && text != "." && text != ".." && (text.back() == '.' || text.back() == ' ');
     });
+    const fs::path parent = path.parent_path();
+    const fs::path last = path.filename();
+    const bool below = !last.empty() && last != "." && last != ".." && !parent.empty() && parent != path
+        && parent.lexically_normal() == parent;
+    // A folder known under another spelling does not stand as written, nor does anything in it.
+    const auto knownParent = below ? lookupcache::knownResolve(parent) : std::nullopt;
+    const bool parentElsewhere = knownParent && *knownParent && (*knownParent)->native() != parent.native();
     std::error_code error;
-    if (plain && fs::exists(lookupcache::status(path, error)))
+    if (plain && !parentElsewhere && fs::exists(lookupcache::status(path, error)))
         return path;
     // The search goes through the folder's own candidates in the same order, and no candidate before the
     // folder's answer leads anywhere: so the answer lies below the folder's answer, if there. Only when it
     // does not are the later candidates walked.
-    const fs::path parent = path.parent_path();
-    const fs::path last = path.filename();
-    if (!last.empty() && last != "." && last != ".." && !parent.empty() && parent != path
-        && parent.lexically_normal() == parent) {
+    if (below) {
         const std::optional<fs::path> folder = FileLookup::resolve(parent);
         if (!folder)
             return std::nullopt;

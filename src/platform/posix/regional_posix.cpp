@@ -1,23 +1,49 @@
 #include "platform/regional.h"
 
+#include <cstdlib>
 #include <ctime>
 #include <iomanip>
 #include <locale>
 #include <sstream>
 #include <stdexcept>
+#include <string>
+#include <utility>
 
 namespace fleetwright::platform {
 
 namespace {
 
+// The environment variables that decide what std::locale("") gives for dates, times and numbers.
+std::string localeEnvironment()
+{
+    std::string key;
+    for (const char *name : {"LC_ALL", "LC_TIME", "LC_NUMERIC", "LC_CTYPE", "LANG"}) {
+        const char *value = std::getenv(name);
+        key += value ? value : "\x01";
+        key += '\0';
+    }
+    return key;
+}
+
+// Building the user's locale costs more than the text it formats; it is built again only when the
+// environment that names it changes.
 std::locale userLocale()
 {
+    thread_local std::string cachedFor;
+    thread_local std::locale cached = std::locale::classic();
+    thread_local bool built = false;
+    std::string key = localeEnvironment();
+    if (built && key == cachedFor)
+        return cached;
     try {
-        return std::locale("");
+        cached = std::locale("");
     } catch (const std::runtime_error &) {
         // LANG names a locale that is not installed; the C library falls back the same way.
-        return std::locale::classic();
+        cached = std::locale::classic();
     }
+    cachedFor = std::move(key);
+    built = true;
+    return cached;
 }
 
 // wchar_t holds UTF-32 here; the engine's text is UTF-16.
