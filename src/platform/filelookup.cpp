@@ -2,6 +2,7 @@
 #include "platform/filelookup.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <map>
 #include <unordered_map>
 #include <utility>
@@ -11,11 +12,9 @@
 
 namespace fleetwright::platform {
 
-namespace {
-
 // The pattern as Windows hands it to the file system: "?" is always the DOS question mark, "*" before a
 // point the DOS star, and a point before "*", "?" or the end the DOS point.
-enum class Token
+enum class WildcardToken
 {
     Literal,
     Star,
@@ -26,9 +25,11 @@ enum class Token
 
 struct PatternItem
 {
-    Token token;
+    WildcardToken token;
     char16_t ch;
 };
+
+namespace {
 
 std::vector<PatternItem> translate(std::u16string_view pattern)
 {
@@ -38,13 +39,13 @@ std::vector<PatternItem> translate(std::u16string_view pattern)
         const char16_t ch = pattern[i];
         const char16_t following = i + 1 < pattern.size() ? pattern[i + 1] : u'\0';
         if (ch == u'?')
-            items.push_back({Token::DosQuestion, ch});
+            items.push_back({WildcardToken::DosQuestion, ch});
         else if (ch == u'*')
-            items.push_back({following == u'.' ? Token::DosStar : Token::Star, ch});
+            items.push_back({following == u'.' ? WildcardToken::DosStar : WildcardToken::Star, ch});
         else if (ch == u'.' && (following == u'\0' || following == u'*' || following == u'?'))
-            items.push_back({Token::DosDot, ch});
+            items.push_back({WildcardToken::DosDot, ch});
         else
-            items.push_back({Token::Literal, foldNameChar(ch)});
+            items.push_back({WildcardToken::Literal, foldNameChar(ch)});
     }
     return items;
 }
@@ -52,12 +53,15 @@ std::vector<PatternItem> translate(std::u16string_view pattern)
 class Matcher
 {
 public:
-    Matcher(std::u16string_view pattern, std::u16string_view name)
-        : m_items(translate(pattern))
+    // memo is scratch space that a caller matching many names may hand in again and again.
+    Matcher(const std::vector<PatternItem> &items, std::u16string_view name, std::vector<signed char> &memo)
+        : m_items(items)
         , m_name(name)
         , m_lastDot(name.rfind(u'.'))
-        , m_memo((m_items.size() + 1) * (name.size() + 1), UNKNOWN)
-    {}
+        , m_memo(memo)
+    {
+        m_memo.assign((m_items.size() + 1) * (name.size() + 1), UNKNOWN);
+    }
 
     bool matches() { return matchFrom(0, 0); }
 
@@ -80,15 +84,15 @@ private:
         const PatternItem &current = m_items[item];
         const bool atEnd = pos == size;
         switch (current.token) {
-        case Token::Literal:
+        case WildcardToken::Literal:
             return !atEnd && foldNameChar(m_name[pos]) == current.ch && matchFrom(item + 1, pos + 1);
-        case Token::Star:
+        case WildcardToken::Star:
             for (std::size_t end = pos; end <= size; ++end) {
                 if (matchFrom(item + 1, end))
                     return true;
             }
             return false;
-        case Token::DosStar: {
+        case WildcardToken::DosStar: {
             // Stops in front of the name's last point while one lies ahead.
             const std::size_t limit = m_lastDot != std::u16string_view::npos && m_lastDot >= pos ? m_lastDot : size;
             for (std::size_t end = pos; end <= limit; ++end) {
@@ -97,11 +101,11 @@ private:
             }
             return false;
         }
-        case Token::DosQuestion:
+        case WildcardToken::DosQuestion:
             if (atEnd || m_name[pos] == u'.')
                 return matchFrom(item + 1, pos);
             return matchFrom(item + 1, pos + 1);
-        case Token::DosDot:
+        case WildcardToken::DosDot:
             if (atEnd)
                 return matchFrom(item + 1, pos);
             return m_name[pos] == u'.' && matchFrom(item + 1, pos + 1);
@@ -109,10 +113,10 @@ private:
         return false;
     }
 
-    std::vector<PatternItem> m_items;
+    const std::vector<PatternItem> &m_items;
     std::u16string_view m_name;
     std::size_t m_lastDot;
-    std::vector<signed char> m_memo;
+    std::vector<signed char> &m_memo;
 };
 
 // What the open snapshot has seen, by the path's text as it was asked for.
@@ -143,10 +147,16 @@ std::shared_ptr<const lookupcache::Listing> listFolder(const std::filesystem::pa
     for (const std::filesystem::directory_iterator end; !error && it != end; it.increment(error)) {
         lookupcache::ListedEntry &entry = listed->entries.emplace_back();
         entry.name = it->path().filename();
-        try {
-            entry.wide = entry.name.u16string();
-        } catch (const std::system_error &) {
-            entry.wide.reset();
+        const auto &bytes = entry.name.native();
+        if (std::all_of(bytes.begin(), bytes.end(), [](auto ch) { return static_cast<std::uint32_t>(ch) < 0x80; })) {
+            // Most names are ASCII, and the general conversion costs more than the listing.
+            entry.wide.emplace(bytes.begin(), bytes.end());
+        } else {
+            try {
+                entry.wide = entry.name.u16string();
+            } catch (const std::system_error &) {
+                entry.wide.reset();
+            }
         }
         if (snapshot)
             listed->names.insert(entry.name.native());
@@ -327,11 +337,22 @@ std::uint64_t LookupSnapshot::generation()
     return openSnapshot ? openSnapshot->generation : 0;
 }
 
+WildcardPattern::WildcardPattern(std::u16string_view pattern)
+    : m_items(translate(pattern))
+{}
+
+WildcardPattern::~WildcardPattern() = default;
+
+bool WildcardPattern::matches(std::u16string_view name) const
+{
+    if (m_items.empty())
+        return false;
+    return Matcher(m_items, name, m_memo).matches();
+}
+
 bool matchesWildcard(std::u16string_view pattern, std::u16string_view name)
 {
-    if (pattern.empty())
-        return false;
-    return Matcher(pattern, name).matches();
+    return WildcardPattern(pattern).matches(name);
 }
 
 char16_t foldNameChar(char16_t ch)

@@ -87,6 +87,21 @@ public:
 // point does not reach past the name's last point, so "*." matches only names without a point.
 bool matchesWildcard(std::u16string_view pattern, std::u16string_view name);
 
+struct PatternItem;
+
+// A pattern of matchesWildcard read once, for matching many names.
+class WildcardPattern
+{
+public:
+    explicit WildcardPattern(std::u16string_view pattern);
+    ~WildcardPattern();
+    bool matches(std::u16string_view name) const;
+
+private:
+    std::vector<PatternItem> m_items;
+    mutable std::vector<signed char> m_memo;
+};
+
 // Upper case of one character for name comparison, as NTFS compares names: ASCII letters, the Latin-1
 // letters and the other letters of Windows-1252 (š, œ, ž, ÿ) fold; ß, µ, ÷ and × stay.
 char16_t foldNameChar(char16_t ch);

@@ -128,8 +128,9 @@ std::vector<std::u16string> lookupNames(const fs::path &wildcardPath, LookupKind
     }
     const fs::path listed = folder.empty() ? fs::path(".") : folder;
     const auto entries = lookupcache::listing(listed);
+    const WildcardPattern matcher(*pattern);
     for (const lookupcache::ListedEntry &entry : entries->entries) {
-        if (!entry.wide || !matchesWildcard(*pattern, *entry.wide))
+        if (!entry.wide || !matcher.matches(*entry.wide))
             continue;
         std::error_code statusError;
         if (isKind(lookupcache::status(listed / entry.name, statusError), kind))
