@@ -30,12 +30,16 @@
 #include "editing/frm_main_fields.h"
 #include "editing/frm_remove.h"
 #include "folderview/frm_listviewoptions.h"
+#include "parking/frm_parkingcode.h"
 #include "platform/filelookup.h"
 #include "platform/regional.h"
 #include "platform/settingsstore.h"
 #include "platform/shell.h"
 #include "platform/simulatorregistry.h"
+#include "support/formresizer.h"
+#include "support/frm_about.h"
 #include "support/frm_texteditor.h"
+#include "support/frm_update.h"
 #include "support/tooltips.h"
 #include "support/windowtitle.h"
 #include "validation/frm_main_validation.h"
@@ -75,6 +79,10 @@ frm_Main::frm_Main(fleetwright::Dialogs *dialogs, QWidget *parent)
     new FieldsController(*this);
     new KeyRemovalController(*this);
     new EditingController(*this);
+    new ParkingCodeController(*this);
+    new UpdateController(*this);
+    new ResizeController(*this);
+    new AboutController(*this);
     Form_Load();
 }
 
@@ -384,6 +392,8 @@ void frm_Main::Form_Activate()
     try {
         m_c.mnu_AutoUpdate->setChecked(fleetwright::readBoolSetting(*m_settings, u"AutoUpdate"));
         AutoUpdateOn = m_c.mnu_AutoUpdate->isChecked();
+        if (auto *update = findChild<UpdateController *>(QString(), Qt::FindDirectChildrenOnly))
+            update->automaticCheck();
     } catch (const RuntimeError &error) {
         fleetwright::showCommonError(*m_dialogs, error);
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -18,6 +19,7 @@
 #include "app/programstate.h"
 #include "core/scripteddialogs.h"
 #include "platform/settingsstore.h"
+#include "support/frm_update.h"
 #include "support/tempdir.h"
 
 namespace fleetwright::test {
@@ -54,6 +56,27 @@ inline QByteArray bytesOf(const std::filesystem::path &path)
 {
     return QByteArray::fromStdString(path.string());
 }
+
+// Stands in for the update dialog while it lives: activating a main window with the store's defaults runs the
+// weekly update check, which must neither open a modal dialog nor reach the network. shown counts the dialogs
+// that would have opened.
+class UpdateFormStandIn
+{
+public:
+    UpdateFormStandIn()
+        : m_saved(UpdateController::showUpdateForm)
+    {
+        UpdateController::showUpdateForm = [this](frm_Main &) { ++shown; };
+    }
+    ~UpdateFormStandIn() { UpdateController::showUpdateForm = m_saved; }
+    UpdateFormStandIn(const UpdateFormStandIn &) = delete;
+    UpdateFormStandIn &operator=(const UpdateFormStandIn &) = delete;
+
+    int shown = 0;
+
+private:
+    std::function<void(frm_Main &)> m_saved;
+};
 
 // A machine of the test's own: a settings file, no Wine prefix, and the simulators the test installs.
 class StartUp : public ::testing::Test
@@ -110,6 +133,7 @@ protected:
     ScopedEnvironment env;
     fleetwright::ScriptedDialogs dialogs;
     fleetwright::platform::SettingsStore settings;
+    UpdateFormStandIn updateForms;
 };
 
 } // namespace fleetwright::test
