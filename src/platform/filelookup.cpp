@@ -322,6 +322,34 @@ void LookupSnapshot::forgetAll()
     openSnapshot->names.clear();
 }
 
+void LookupSnapshot::forgetBelow(const std::filesystem::path &folder)
+{
+    if (!openSnapshot)
+        return;
+    openSnapshot->generation = ++lastGeneration;
+    std::filesystem::path::string_type prefix = folder.lexically_normal().native();
+    while (prefix.size() > 1 && (prefix.back() == std::filesystem::path::preferred_separator || prefix.back() == '/'))
+        prefix.pop_back();
+    // Keys hold the path as it was asked for, so any spelling of the folder counts.
+    const auto fold = [](auto ch) { return ch >= 'a' && ch <= 'z' ? ch - ('a' - 'A') : ch; };
+    const auto inside = [&](const auto &entry) {
+        const auto &key = entry.first;
+        if (key.size() < prefix.size())
+            return false;
+        for (std::size_t i = 0; i < prefix.size(); ++i) {
+            if (fold(key[i]) != fold(prefix[i]))
+                return false;
+        }
+        return key.size() == prefix.size() || key[prefix.size()] == std::filesystem::path::preferred_separator
+            || key[prefix.size()] == '/';
+    };
+    std::erase_if(openSnapshot->listings, inside);
+    std::erase_if(openSnapshot->statuses, inside);
+    std::erase_if(openSnapshot->notLinks, inside);
+    std::erase_if(openSnapshot->resolves, inside);
+    std::erase_if(openSnapshot->names, [&](const auto &entry) { return inside(entry.first); });
+}
+
 bool FileLookup::canList(const std::filesystem::path &folder)
 {
     return lookupcache::listing(folder)->opened;

@@ -75,6 +75,10 @@ public:
     // again, and every path resolved anew.
     static void forget(const std::filesystem::path &path);
     static void forgetAll();
+    // Everything seen inside folder, under any spelling of its path, is looked at again; what lies outside
+    // it is kept. For a run over many folders side by side that holds one snapshot for the folders around
+    // them, which it would otherwise list again for every one.
+    static void forgetBelow(const std::filesystem::path &folder);
     // A number that names what the open snapshot has seen: it changes when a snapshot opens and with every
     // forget, and is 0 while none is open. Whoever keeps what it read of files for the length of a snapshot
     // keys it by this.

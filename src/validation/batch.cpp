@@ -101,6 +101,12 @@ BatchResult runBatchValidation(const BatchInput &input, clsIniFile &AircraftIni,
         writeReportFile(reportFile, {reportStars(header), header, reportStars(header)}, PROCEDURE);
     });
 
+    // Without a form in between, loading a folder, checking it and clearing its report up are one look at it,
+    // and the folders around it do not change meanwhile: they are listed once for the whole batch. The form's
+    // load serves events, after which nothing seen before counts.
+    std::optional<LookupSnapshot> snapshot;
+    if (!input.loadFolder)
+        snapshot.emplace();
     for (std::size_t i = 0; i < names.size(); ++i) {
         if (input.stopRequested && input.stopRequested->load()) {
             result.stopped = true;
@@ -109,11 +115,6 @@ BatchResult runBatchValidation(const BatchInput &input, clsIniFile &AircraftIni,
         BatchFolder &done = result.folders.emplace_back();
         done.folder = joined(input.BatchRoot, names[i]);
         std::u16string text;
-        // Without a form in between, loading the folder, checking it and clearing its report up are one look
-        // at it. The form's load serves events, after which nothing seen before counts.
-        std::optional<LookupSnapshot> snapshot;
-        if (!input.loadFolder)
-            snapshot.emplace();
         skippingErrors(result.skippedErrors, [&] {
             const ValidationFeed feed = input.loadFolder ? input.loadFolder(done.folder)
                                                          : feedValidationFromFolder(done.folder, AircraftIni, dialogs);
@@ -146,7 +147,14 @@ BatchResult runBatchValidation(const BatchInput &input, clsIniFile &AircraftIni,
                 text = readReportText(fs::path(singleReport));
         });
         deleteFolderReport(done.folder, result.skippedErrors);
-        snapshot.reset();
+        if (snapshot) {
+            // The run asks for the folder by its absolute path as well as by the path it was given.
+            const fs::path checked(done.folder);
+            std::error_code error;
+            LookupSnapshot::forgetBelow(checked);
+            if (const fs::path absolute = fs::absolute(checked, error); !error && absolute != checked)
+                LookupSnapshot::forgetBelow(absolute);
+        }
         if (!done.BatchFailureText.empty())
             text = framed(done.BatchFailureText + done.folder + u" *");
         done.inReport = !text.empty();

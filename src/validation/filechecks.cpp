@@ -7,6 +7,7 @@
 #include <set>
 #include <system_error>
 #include <tuple>
+#include <unordered_set>
 #include <utility>
 
 #include "core/arraysearch.h"
@@ -111,7 +112,14 @@ std::u16string readConfigValue(const fs::path &file, const std::u16string &secti
     ConfigReads *reads = configReads();
     if (!reads || !reads->withoutMark.contains(file.native())) {
         std::vector<std::uint8_t> bytes;
-        ReadByteArray(file.u16string(), bytes);
+        try {
+            ReadByteArray(file.u16string(), bytes);
+        } catch (RuntimeError &error) {
+            // ReadByteArray has no handler: its error ends the run in the routine that called it.
+            if (error.procedure().empty())
+                error.setProcedure(std::u16string(ProcedureName));
+            throw;
+        }
         const bool rewritten = bytes.size() >= 3 && bytes[0] == 0xEF && bytes[1] == 0xBB && bytes[2] == 0xBF;
         if (reads && rewritten)
             std::erase_if(reads->values, [&](const auto &entry) { return std::get<0>(entry.first) == file.native(); });
@@ -221,7 +229,12 @@ void analyzeFolder(const std::u16string &folder, const std::u16string &mask, std
         const Pending item = std::move(pending.back());
         pending.pop_back();
         inside.resize(item.depth);
-        const fs::path resolved = *FileLookup::resolve(fs::path(item.path));
+        // A listed folder that its own path does not reach ("skin." is looked up as "skin") fails as the
+        // folder object fails on it.
+        const std::optional<fs::path> found = FileLookup::resolve(fs::path(item.path));
+        if (!found)
+            throw RuntimeError(76, u"Path not found", procedure);
+        const fs::path &resolved = *found;
         const fs::path canonical = canonicalBelow(inside.back().resolved, inside.back().canonical, resolved);
         if (std::any_of(inside.begin(), inside.end(),
                         [&](const Inside &above) { return above.canonical == canonical; }))
@@ -271,13 +284,14 @@ void unusedFolders(RunState &state, const std::u16string &base, const std::u16st
 {
     found = 0;
     const auto pairs = folderScan(state, base, mask, procedure);
+    // Every folder is held against every section: the sections' names are made once.
+    std::unordered_set<std::u16string> usedNames;
+    for (const SectionRecord &r : state.SectionTable)
+        usedNames.insert(LCase(usedFolderName(base, r.*field)));
     for (std::size_t p = 0; p + 1 < pairs.size(); ++p) {
         const std::u16string &path = pairs[p].first;
         const std::u16string R = LCase(reportForm(path.substr(std::min(path.size(), state.FolderPrefix.size()))));
-        const bool used =
-            std::any_of(state.SectionTable.begin(), state.SectionTable.end(),
-                        [&](const SectionRecord &r) { return LCase(usedFolderName(base, r.*field)) == R; });
-        if (used) {
+        if (usedNames.contains(R)) {
             increment(found);
         } else if (pairs[p].second == u"-1") {
             addRow(unused, u"..\\" + R);

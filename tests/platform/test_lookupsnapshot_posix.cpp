@@ -120,3 +120,23 @@ TEST(LookupSnapshot, TellsLinksFromWhatTheListingShows)
         EXPECT_TRUE(FileLookup::exists(dir / "b737" / "TEXTURE.LINK" / "B.DDS"));
     }
 }
+
+TEST(LookupSnapshot, ForgetBelowKeepsWhatLiesAroundTheFolder)
+{
+    TempDir dir;
+    writeBytes(dir / "Aircraft" / "A" / "aircraft.cfg", "");
+    writeBytes(dir / "Aircraft" / "B" / "aircraft.cfg", "");
+    const LookupSnapshot snapshot;
+    // Asked for under another spelling, as a run asks for its lower-cased folder.
+    EXPECT_EQ(names(dir / "aircraft" / "a" / "*"), (std::vector<std::u16string> {u"aircraft.cfg"}));
+    EXPECT_EQ(names(dir / "aircraft" / "*", LookupKind::Folders), (std::vector<std::u16string> {u"A", u"B"}));
+    const std::uint64_t before = LookupSnapshot::generation();
+
+    writeBytes(dir / "Aircraft" / "A" / "texture.cfg", "");
+    writeBytes(dir / "Aircraft" / "AB" / "aircraft.cfg", "");
+    LookupSnapshot::forgetBelow(dir / "Aircraft" / "A" / "");
+    EXPECT_NE(LookupSnapshot::generation(), before);
+    EXPECT_EQ(names(dir / "aircraft" / "a" / "*"), (std::vector<std::u16string> {u"aircraft.cfg", u"texture.cfg"}));
+    EXPECT_EQ(names(dir / "aircraft" / "*", LookupKind::Folders), (std::vector<std::u16string> {u"A", u"B"}))
+        << "the folder around it is still as first seen";
+}
