@@ -216,6 +216,23 @@ std::filesystem::file_status status(const std::filesystem::path &path, std::erro
     return at->second.first;
 }
 
+std::filesystem::file_status statusIn(const std::filesystem::path &folder, const std::filesystem::path &name,
+                                      std::error_code &error)
+{
+    if (!openSnapshot)
+        return std::filesystem::status(folder / name, error);
+    // The text that folder / name would have.
+    std::filesystem::path::string_type key = folder.native();
+    if (!key.empty() && key.back() != std::filesystem::path::preferred_separator && key.back() != '/')
+        key += std::filesystem::path::preferred_separator;
+    key += name.native();
+    const auto known = openSnapshot->statuses.find(key);
+    if (known == openSnapshot->statuses.end())
+        return lookupcache::status(std::filesystem::path(std::move(key)), error);
+    error = known->second.second;
+    return known->second.first;
+}
+
 bool notLink(const std::filesystem::path &path)
 {
     const auto lookAt = [&path] {

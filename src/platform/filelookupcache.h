@@ -35,6 +35,10 @@ std::shared_ptr<const Listing> listing(const std::filesystem::path &folder);
 // std::filesystem::status(path, error), links followed.
 std::filesystem::file_status status(const std::filesystem::path &path, std::error_code &error);
 
+// status(folder / name) for a plain name of folder's listing, without making the path unless it is looked at.
+std::filesystem::file_status statusIn(const std::filesystem::path &folder, const std::filesystem::path &name,
+                                      std::error_code &error);
+
 // Whether path can be looked at and is no link.
 bool notLink(const std::filesystem::path &path);
 

@@ -64,7 +64,7 @@ std::vector<fs::path> otherSpellings(const fs::path &folder, const std::string &
             continue;
         std::error_code statusError;
         if (entry.wide && sameNameIgnoringCase(*entry.wide, *wantedWide)
-            && isKind(lookupcache::status(listed / entry.name, statusError), kind))
+            && isKind(lookupcache::statusIn(listed, entry.name, statusError), kind))
             found.emplace_back(*entry.wide, entry.name);
     }
     std::sort(found.begin(), found.end(),
@@ -133,7 +133,7 @@ std::vector<std::u16string> lookupNames(const fs::path &wildcardPath, LookupKind
         if (!entry.wide || !matcher.matches(*entry.wide))
             continue;
         std::error_code statusError;
-        if (isKind(lookupcache::status(listed / entry.name, statusError), kind))
+        if (isKind(lookupcache::statusIn(listed, entry.name, statusError), kind))
             names.push_back(*entry.wide);
     }
     std::sort(names.begin(), names.end(),
