@@ -20,6 +20,12 @@ public:
 
     // Yes and No buttons with the question symbol; true for Yes.
     virtual bool question(const std::u16string &text, const std::u16string &title) = 0;
+    // Yes and No buttons with the critical symbol and No as the default: a question before a step that cannot
+    // be undone. Dialogs that draw no symbols ask it as a question.
+    virtual bool criticalQuestion(const std::u16string &text, const std::u16string &title)
+    {
+        return question(text, title);
+    }
     // OK button with the information symbol: reports.
     virtual void information(const std::u16string &text, const std::u16string &title) = 0;
     // OK button with the critical symbol: write failures and refusals.

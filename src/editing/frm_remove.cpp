@@ -3,12 +3,10 @@
 #include <QAction>
 #include <QHBoxLayout>
 #include <QListWidget>
-#include <QMessageBox>
 #include <QPushButton>
 #include <QVBoxLayout>
 
 #include "app/frm_main.h"
-#include "app/gui/qtdialogs.h"
 #include "app/gui/textconvert.h"
 #include "app/programstate.h"
 #include "core/aircraftfilestore.h"
@@ -101,17 +99,10 @@ void frm_Remove::cmd_None_Click()
     markAll(false);
 }
 
-// Asked always, whatever ConfirmUpdates says: with the critical symbol and No as the default button on the
-// screen; a test's scripted dialogs answer it as a plain question.
+// Asked always, whatever ConfirmUpdates says.
 bool frm_Remove::askWipe()
 {
-    fleetwright::Dialogs &dialogs = m_main.dialogs();
-    if (!dynamic_cast<QtDialogs *>(&dialogs))
-        return dialogs.question(fleetwright::WIPE_QUESTION, u"");
-    QMessageBox box(QMessageBox::Critical, boxTitle(u""), toQString(fleetwright::WIPE_QUESTION),
-                    QMessageBox::Yes | QMessageBox::No, this);
-    box.setDefaultButton(QMessageBox::No);
-    return box.exec() == QMessageBox::Yes;
+    return m_main.dialogs().criticalQuestion(fleetwright::WIPE_QUESTION, u"");
 }
 
 void frm_Remove::cmd_Wipe_Click()

@@ -107,6 +107,14 @@ bool QtDialogs::question(const std::u16string &text, const std::u16string &title
     return box.exec() == QMessageBox::Yes;
 }
 
+bool QtDialogs::criticalQuestion(const std::u16string &text, const std::u16string &title)
+{
+    QMessageBox box(QMessageBox::Critical, boxTitle(title), toQString(text), QMessageBox::Yes | QMessageBox::No,
+                    owner());
+    box.setDefaultButton(QMessageBox::No);
+    return box.exec() == QMessageBox::Yes;
+}
+
 void QtDialogs::information(const std::u16string &text, const std::u16string &title)
 {
     message(QMessageBox::Information, text, title);

@@ -18,6 +18,7 @@ public:
     void setParent(QWidget *parent) { m_parent = parent; }
 
     bool question(const std::u16string &text, const std::u16string &title) override;
+    bool criticalQuestion(const std::u16string &text, const std::u16string &title) override;
     void information(const std::u16string &text, const std::u16string &title) override;
     void critical(const std::u16string &text, const std::u16string &title) override;
     void plain(const std::u16string &text, const std::u16string &title) override;
