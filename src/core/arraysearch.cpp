@@ -1,5 +1,6 @@
 #include "core/arraysearch.h"
 
+#include <algorithm>
 #include <string_view>
 
 #include "platform/filelookup.h"
@@ -118,6 +119,10 @@ bool isInArray(std::u16string &value, const std::vector<std::u16string> &array, 
         for (char16_t &ch : value)
             ch = fold(ch);
     }
+    // Found as "NUL value NUL" in the elements joined by NULs: without a NUL anywhere, that is equality.
+    const auto holdsNul = [](const std::u16string &text) { return text.find(u'\0') != std::u16string::npos; };
+    if (!array.empty() && !holdsNul(value) && std::none_of(array.begin(), array.end(), holdsNul))
+        return std::find(array.begin(), array.end(), value) != array.end();
     std::u16string joined(1, u'\0');
     for (const std::u16string &element : array) {
         joined += element;

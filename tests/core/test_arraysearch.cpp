@@ -100,6 +100,8 @@ TEST(IsInArray, MatchesWholeElementsAndLeavesTheValueFolded)
         {"empty value, empty element", true, u"", {u"a", u""}, true, u""},
         {"empty value, no empty element", true, u"", {u"a", u"b"}, false, u""},
         {"empty list", true, u"x", {}, false, u"X"},
+        {"empty value, empty list", true, u"", {}, true, u""},
+        {"an element's NUL parts it", true, u"b", {std::u16string(u"a\0B", 3)}, true, u"B"},
         {"text folds down", false, u"Texture.KLM", {u"texture", u"texture.klm"}, true, u"texture.klm"},
         {"code page letters fold down",
          false,
