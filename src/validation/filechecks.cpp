@@ -401,7 +401,7 @@ void sharedTexturesPass(RunState &state)
         addRow(state.SeenText, texture);
         std::vector<std::u16string> group;
         for (const SectionRecord &other : state.SectionTable)
-            if (other.texture.value_or(std::u16string()) == texture)
+            if (other.texture ? *other.texture == texture : texture.empty())
                 group.push_back(u"\"" + texture + u"\" --> " + other.sectionName);
         if (group.size() >= 2)
             for (const std::u16string &row : group)

@@ -133,7 +133,7 @@ void titlePass(RunState &state)
         addRow(state.SeenText, title);
         std::vector<std::u16string> group;
         for (const SectionRecord &other : state.SectionTable)
-            if (other.title.value_or(std::u16string()) == title)
+            if (other.title ? *other.title == title : title.empty())
                 group.push_back(u"\"" + title + u"\" --> " + other.sectionName);
         if (group.size() >= 2)
             for (const std::u16string &row : group)
