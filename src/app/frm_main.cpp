@@ -75,18 +75,18 @@ frm_Main::frm_Main(fleetwright::Dialogs *dialogs, QWidget *parent)
     m_c = buildMainForm(this);
     connectMenus();
     // The units that work on the form connect before the load, so the first folder load runs with them.
-    new ValidationController(*this);
-    new FieldsController(*this);
-    new KeyRemovalController(*this);
-    new EditingController(*this);
-    new ParkingCodeController(*this);
-    new UpdateController(*this);
-    new ResizeController(*this);
-    new AboutController(*this);
+    m_units = {new ValidationController(*this), new FieldsController(*this),      new KeyRemovalController(*this),
+               new EditingController(*this),    new ParkingCodeController(*this), new UpdateController(*this),
+               new ResizeController(*this),     new AboutController(*this)};
     Form_Load();
 }
 
-frm_Main::~frm_Main() = default;
+frm_Main::~frm_Main()
+{
+    // The units that work on the form go first: the widgets' own destruction sends events, and a unit that
+    // answered them would find a form that is no longer whole.
+    qDeleteAll(m_units);
+}
 
 void frm_Main::connectMenus()
 {

@@ -128,4 +128,5 @@ private:
     MainFormControls m_c;
     fleetwright::clsIniFile m_aircraftIni;
     bool m_resizableStyle = false;
+    std::vector<QObject *> m_units; // the controllers of the subsystems, children of the form
 };
