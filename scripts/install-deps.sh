@@ -1,13 +1,14 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that Fleetwright needs and that are missing, and nothing else.
 #
-#   scripts/install-deps.sh [build|test|gui|screenshot|windows]...   (default: test)
+#   scripts/install-deps.sh [build|test|gui|screenshot|windows|fuzz]...   (default: test)
 #
 #   build       compiler, CMake, Qt 6 Widgets and the SQLite driver: enough to build everything
 #   test        build + GoogleTest, Google Benchmark and clang-format: the project's test command
 #   gui         the same as build; GUI tests run on Qt's offscreen platform and need no display
 #   screenshot  Xvfb and ImageMagick, for screenshots of the GUI under a virtual display
 #   windows     the MinGW-w64 cross compiler and Wine, for the Windows build and its tests
+#   fuzz        clang with its libFuzzer and sanitizer runtimes, for scripts/fuzz.sh
 #
 # Quiet and quick when everything is there; "apt-get update" runs only when something has to be installed.
 set -euo pipefail
@@ -17,10 +18,12 @@ test_packages=("${build_packages[@]}" googletest libgtest-dev libbenchmark-dev c
 screenshot_packages=(xvfb xauth imagemagick)
 # The cross build compiles GoogleTest from the sources of the googletest package.
 windows_packages=(cmake make googletest g++-mingw-w64-x86-64 wine wine64)
+# libFuzzer and the sanitizers' runtimes come with clang's runtime package, not with clang itself.
+fuzz_packages=(cmake make clang libclang-rt-14-dev)
 
 usage()
 {
-    echo "usage: $0 [build|test|gui|screenshot|windows]..." >&2
+    echo "usage: $0 [build|test|gui|screenshot|windows|fuzz]..." >&2
     exit 2
 }
 
@@ -33,6 +36,7 @@ for set_name in "$@"; do
     test) wanted+=("${test_packages[@]}") ;;
     screenshot) wanted+=("${screenshot_packages[@]}") ;;
     windows) wanted+=("${windows_packages[@]}") ;;
+    fuzz) wanted+=("${fuzz_packages[@]}") ;;
     -h | --help) usage ;;
     *)
         echo "$0: unknown package set '$set_name'" >&2

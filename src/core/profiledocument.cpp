@@ -322,8 +322,9 @@ bool ProfileDocument::writeValue(std::string_view section, std::string_view key,
         text += value;
         if (text == line.text)
             return false;
-        line.text = std::move(text);
+        // The new value can make the line something else: "[d=" with "e]" behind it is a header.
         const std::string name(line.name());
+        line = classify(std::move(text), line.end, true);
         reparseIfNeeded(line, LineKind::Key, name);
         return true;
     }
@@ -357,11 +358,26 @@ bool ProfileDocument::deleteKey(std::string_view section, std::string_view key)
 
 bool ProfileDocument::deleteSection(std::string_view section)
 {
-    Section *found = findSection(section);
-    if (!found)
+    const auto it = m_firstSection.find(platform::foldUpper(passedName(section)));
+    if (it == m_firstSection.end())
         return false;
-    m_sections.erase(m_sections.begin() + (found - m_sections.data()));
-    rebuildIndex();
+    const std::size_t erased = it->second;
+    const std::string name(m_sections[erased].lines.front().name());
+    m_sections.erase(m_sections.begin() + static_cast<std::ptrdiff_t>(erased));
+    // The index is mended rather than made anew: deleting many sections of a large file one by one would
+    // otherwise fold and hash every name of the file once per deletion.
+    for (auto &entry : m_firstSection) {
+        if (entry.second > erased)
+            --entry.second;
+    }
+    // A later section of the same name becomes the first one.
+    m_firstSection.erase(it);
+    for (std::size_t i = erased; i < m_sections.size(); ++i) {
+        if (m_sections[i].hasHeader && equalsFolded(m_sections[i].lines.front().name(), name)) {
+            m_firstSection.emplace(platform::foldUpper(name), i);
+            break;
+        }
+    }
     return true;
 }
 

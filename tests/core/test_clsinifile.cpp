@@ -283,6 +283,26 @@ TEST_F(ProfileFile, DeletesRemoveTheirLinesAndNothingElse)
     EXPECT_EQ(bytes(), "// header comment\r\n[fltsim.0]\r\n\r\n; about 1\r\n");
 }
 
+TEST_F(ProfileFile, DeletingSectionsOneByOneKeepsTheOthersFound)
+{
+    create("[a]\r\nk=1\r\n[b]\r\nk=2\r\n[A]\r\nk=3\r\n[c]\r\nk=4\r\n[a]\r\nk=5\r\n");
+    {
+        clsIniFile::Batch batch(ini);
+        ini.setSection(u"b");
+        ini.DeleteSection();
+        // The second [A] takes the place of the first one, and [c] is still found behind it.
+        ini.setSection(u"a");
+        ini.DeleteSection();
+        EXPECT_EQ(read(u"a", u"k"), u"3");
+        EXPECT_EQ(read(u"c", u"k"), u"4");
+        ini.setSection(u"a");
+        ini.DeleteSection();
+        EXPECT_EQ(read(u"a", u"k"), u"5");
+        write(u"c", u"k", u"6");
+    }
+    EXPECT_EQ(bytes(), "[c]\r\nk=6\r\n[a]\r\nk=5\r\n");
+}
+
 TEST_F(ProfileFile, WritesAreWindows1252WithCrLf)
 {
     create("[a]\nk=v\n");
@@ -445,6 +465,14 @@ TEST_F(ProfileFile, OddKeyNamesAreWrittenAsTheFileWillReadThem)
     write(u"a", u"x", u"2\r\n[c]");
     EXPECT_EQ(sections(), (Names {u"a", u"c", u"b"}));
     EXPECT_EQ(read(u"a", u"x"), u"2");
+
+    // So may the new value of a key that stands: "[d" given "e]" makes the line the header "d=e".
+    create("[a]\r\n[d=1\r\n");
+    EXPECT_EQ(read(u"a", u"[d"), u"1");
+    write(u"a", u"[d", u"e]");
+    EXPECT_EQ(bytes(), "[a]\r\n[d=e]\r\n");
+    EXPECT_EQ(sections(), (Names {u"a", u"d=e"}));
+    EXPECT_EQ(read(u"a", u"[d"), u"");
 }
 
 TEST_F(ProfileFile, PassedNamesLoseTheirBlanksAndTabs)

@@ -60,12 +60,24 @@ TEST_F(ValidationEdges, BadInputEndsTheRunWithoutAReport)
     EXPECT_EQ(error->number(), 5);
     EXPECT_EQ(error->procedure(), u"mnuValidate_Click");
 
-    // A texture.cfg of two bytes.
+    // A texture.cfg of two bytes: ReadByteArray's error ends the run in the routine that called it.
     file("texture.a/texture.cfg", "[f");
     error = failure();
     ASSERT_TRUE(error);
     EXPECT_EQ(error->number(), 9);
+    EXPECT_EQ(error->procedure(), u"mnuValidate_Click");
     fs::remove_all(folder / "texture.a");
+
+#ifndef _WIN32
+    // A folder "skin." is listed, but its path leads to "skin", which is not there: the walk fails on it.
+    plainAircraft("");
+    file("texture/skin./a.bmp", "b");
+    error = failure();
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->number(), 76);
+    EXPECT_EQ(error->procedure(), u"AnalyzeTextureFolder");
+    fs::remove_all(folder / "texture");
+#endif
 
     // An effects section without keys, with a simulator found and option 21 on.
     useFs9({u"KLM"});
