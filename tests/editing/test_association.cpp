@@ -6,6 +6,7 @@
 #include "core/clsinifile.h"
 #include "core/runtimeerror.h"
 #include "core/scripteddialogs.h"
+#include "editing/aircraftcfgtest.h"
 #include "editing/association.h"
 #include "editing/sortkeys.h"
 #include "platform/fileio.h"
@@ -23,19 +24,10 @@ const std::string ORIGINAL = "[general]\r\natc_type=SKY\r\n"
                              "[fltsim.0]\r\ntitle=A\r\nmodel=heavy // old model\r\ntexture=Blue\r\n"
                              "[fltsim.1]\r\ntitle=B\r\n";
 
-class Association : public ::testing::Test
+class Association : public test::AircraftCfgTest
 {
 protected:
-    void SetUp() override
-    {
-        writeBytes(file, ORIGINAL);
-        ini.setPath(widePath(file));
-    }
-
-    TempDir dir;
-    std::filesystem::path file = dir / "aircraft.cfg";
-    clsIniFile ini;
-    ScriptedDialogs dialogs;
+    void SetUp() override { write(ORIGINAL); }
 };
 
 } // namespace

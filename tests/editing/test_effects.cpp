@@ -5,6 +5,7 @@
 #include "core/clsinifile.h"
 #include "core/runtimeerror.h"
 #include "core/scripteddialogs.h"
+#include "editing/aircraftcfgtest.h"
 #include "editing/effects.h"
 #include "support/tempdir.h"
 
@@ -36,14 +37,8 @@ constexpr char EFFECTS_WRITTEN[] =
     "vaportrail_r=fx_vaportrail_r\r\nl_wingtipvortice=fx_wingtipvortice_l,1\r\n"
     "r_wingtipvortice=fx_wingtipvortice_r,1\r\n";
 
-struct EffectsFile : ::testing::Test
+struct EffectsFile : test::AircraftCfgTest
 {
-    void write(std::string_view bytes)
-    {
-        writeBytes(file, bytes);
-        ini.setPath(widePath(file));
-    }
-
     bool update(int position, std::u16string description, std::u16string onLoad, bool confirm = false,
                 bool backup = true)
     {
@@ -54,11 +49,6 @@ struct EffectsFile : ::testing::Test
         input.fields = typicalFields();
         return cmd_Effect_Update(ini, input, confirm, backup, dialogs);
     }
-
-    TempDir dir;
-    std::filesystem::path file = dir / "aircraft.cfg";
-    clsIniFile ini;
-    ScriptedDialogs dialogs;
 };
 
 } // namespace

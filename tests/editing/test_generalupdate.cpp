@@ -6,6 +6,7 @@
 #include "core/aircraftfilestore.h"
 #include "core/clsinifile.h"
 #include "core/scripteddialogs.h"
+#include "editing/aircraftcfgtest.h"
 #include "editing/generalupdate.h"
 #include "platform/fileio.h"
 #include "simfiles/modelfile.h"
@@ -35,13 +36,12 @@ const std::string ORIGINAL = "// Skyliner\r\n"
                              "exit.1=0.4, 20, 2, 6.7, 1\r\n"
                              "exit.2=0.4, 10, 2, 6.7, 2 //Cargo\r\n";
 
-class GeneralUpdate : public ::testing::Test
+class GeneralUpdate : public test::AircraftCfgTest
 {
 protected:
     void SetUp() override
     {
-        writeBytes(file, ORIGINAL);
-        ini.setPath(widePath(file));
+        write(ORIGINAL);
         input.rowSection = u"FLTSIM.0";
         GeneralData &d = input.data;
         d.title = u"New title";
@@ -69,10 +69,6 @@ protected:
         input.AutoBackupOn = true;
     }
 
-    TempDir dir;
-    std::filesystem::path file = dir / "aircraft.cfg";
-    clsIniFile ini;
-    ScriptedDialogs dialogs;
     GeneralUpdateInput input;
 };
 

@@ -6,6 +6,7 @@
 
 #include "core/clsinifile.h"
 #include "core/scripteddialogs.h"
+#include "editing/aircraftcfgtest.h"
 #include "editing/updateall.h"
 #include "platform/fileio.h"
 #include "support/tempdir.h"
@@ -24,19 +25,10 @@ const std::string ORIGINAL = "[fltsim.0]\r\ntitle=A\r\natc_airline=Old // was\r\
                              "[fltsim.1]\r\ntitle=B\r\natc_airline=Old\r\n"
                              "[general]\r\natc_type=SKY\r\n";
 
-class UpdateAll : public ::testing::Test
+class UpdateAll : public test::AircraftCfgTest
 {
 protected:
-    void SetUp() override
-    {
-        writeBytes(file, ORIGINAL);
-        ini.setPath(widePath(file));
-    }
-
-    TempDir dir;
-    std::filesystem::path file = dir / "aircraft.cfg";
-    clsIniFile ini;
-    ScriptedDialogs dialogs;
+    void SetUp() override { write(ORIGINAL); }
 };
 
 } // namespace
