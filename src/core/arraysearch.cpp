@@ -113,16 +113,37 @@ std::u16string_view trimBlanks(std::u16string_view text)
     return text.substr(first, last - first + 1);
 }
 
+// Whether one of the NUL-separated pieces of element is piece.
+bool holdsPiece(std::u16string_view element, std::u16string_view piece)
+{
+    for (std::size_t start = 0;;) {
+        const std::size_t end = element.find(u'\0', start);
+        if (element.substr(start, end - start) == piece)
+            return true;
+        if (end == std::u16string_view::npos)
+            return false;
+        start = end + 1;
+    }
+}
+
 bool isInArray(std::u16string &value, const std::vector<std::u16string> &array, char16_t (*fold)(char16_t))
 {
     if (!isNumericText(value)) {
         for (char16_t &ch : value)
             ch = fold(ch);
     }
-    // Found as "NUL value NUL" in the elements joined by NULs: without a NUL anywhere, that is equality.
-    const auto holdsNul = [](const std::u16string &text) { return text.find(u'\0') != std::u16string::npos; };
-    if (!array.empty() && !holdsNul(value) && std::none_of(array.begin(), array.end(), holdsNul))
-        return std::find(array.begin(), array.end(), value) != array.end();
+    // Found as "NUL value NUL" in the elements joined by NULs: as a piece between two NULs. An element
+    // without NULs is one piece, and only a longer element can hold a piece as long as value.
+    if (value.find(u'\0') == std::u16string::npos) {
+        if (array.empty())
+            return value.empty();
+        for (const std::u16string &element : array) {
+            if (element.size() == value.size() ? element == value
+                                               : element.size() > value.size() && holdsPiece(element, value))
+                return true;
+        }
+        return false;
+    }
     std::u16string joined(1, u'\0');
     for (const std::u16string &element : array) {
         joined += element;
@@ -160,6 +181,27 @@ bool IsInArrayUpper(std::u16string &value, const std::vector<std::u16string> &ar
 bool IsInArrayLower(std::u16string &value, const std::vector<std::u16string> &array)
 {
     return isInArray(value, array, lowerChar);
+}
+
+bool GrowingTextSearch::contains(std::u16string_view text, std::u16string_view part)
+{
+    if (part.size() < 2)
+        return part.empty() || text.find(part.front()) != std::u16string_view::npos;
+    const auto pairAt = [&](std::u16string_view in, std::size_t at) {
+        return static_cast<std::uint32_t>(in[at]) << 16 | in[at + 1];
+    };
+    if (text.size() < m_indexed) {
+        m_pairs.clear();
+        m_indexed = 0;
+    }
+    for (; m_indexed + 1 < text.size(); ++m_indexed)
+        m_pairs[pairAt(text, m_indexed)].push_back(static_cast<std::uint32_t>(m_indexed));
+    const auto starts = m_pairs.find(pairAt(part, 0));
+    if (starts == m_pairs.end())
+        return false;
+    return std::any_of(starts->second.begin(), starts->second.end(), [&](std::uint32_t at) {
+        return text.size() - at >= part.size() && text.compare(at, part.size(), part) == 0;
+    });
 }
 
 std::u16string LCase(std::u16string_view text)

@@ -2,13 +2,19 @@
 #include "platform/filelookup.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
-#include <map>
+#include <string_view>
 #include <unordered_map>
 #include <utility>
 #include <vector>
 
 #include "platform/filelookupcache.h"
+
+#ifndef _WIN32
+#include <cerrno>
+#include <dirent.h>
+#endif
 
 namespace fleetwright::platform {
 
@@ -120,94 +126,226 @@ private:
 };
 
 // What the open snapshot has seen, by the path's text as it was asked for.
+template<typename Value> using ByNative = std::unordered_map<lookupcache::NativeText, Value>;
+template<typename Value> using ByWide = std::unordered_map<std::u16string, Value>;
+using Resolved = std::optional<std::filesystem::path>;
+
 struct Snapshot
 {
     int depth = 0;
     std::uint64_t generation = 0;
-    std::unordered_map<std::filesystem::path::string_type, std::shared_ptr<const lookupcache::Listing>> listings;
-    std::unordered_map<std::filesystem::path::string_type, std::pair<std::filesystem::file_status, std::error_code>>
-        statuses;
-    std::unordered_map<std::filesystem::path::string_type, bool> notLinks;
-    std::unordered_map<std::filesystem::path::string_type, std::optional<std::filesystem::path>> resolves;
-    std::map<std::pair<std::filesystem::path::string_type, LookupKind>, std::vector<std::u16string>> names;
+    ByNative<std::shared_ptr<const lookupcache::Listing>> listings;
+    ByNative<std::pair<std::filesystem::file_status, std::error_code>> statuses;
+    ByNative<bool> notLinks;
+    ByNative<Resolved> resolves;
+    ByWide<Resolved> wideResolves;
+    ByNative<bool> turns;
+    std::array<ByNative<lookupcache::Names>, 3> names;
+    std::array<ByWide<lookupcache::Names>, 3> wideNames;
+
+    // Which spelling a path resolves to, and what a wildcard finds, may hang on any entry.
+    void clearAnswers()
+    {
+        resolves.clear();
+        wideResolves.clear();
+        turns.clear();
+        for (auto &byKind : names)
+            byKind.clear();
+        for (auto &byKind : wideNames)
+            byKind.clear();
+    }
 };
 
 thread_local Snapshot *openSnapshot = nullptr;
 thread_local std::uint64_t lastGeneration = 0;
 
-// With a snapshot open, the kind of every listed entry that is no link goes into its statuses as well: the
-// listing tells it for free, and the lookups ask for little else.
-std::shared_ptr<const lookupcache::Listing> listFolder(const std::filesystem::path &folder, Snapshot *snapshot)
+constexpr bool isSeparator(lookupcache::NativeText::value_type ch)
+{
+    return ch == std::filesystem::path::preferred_separator || ch == '/';
+}
+
+std::optional<std::u16string> wideOf(const lookupcache::NativeText &name)
+{
+    if (std::all_of(name.begin(), name.end(), [](auto ch) { return static_cast<std::uint32_t>(ch) < 0x80; }))
+        return std::u16string(name.begin(), name.end());
+    try {
+        return std::filesystem::path(name).u16string();
+    } catch (const std::system_error &) {
+        return std::nullopt;
+    }
+}
+
+#ifndef _WIN32
+std::filesystem::file_type typeOf(unsigned char type)
+{
+    switch (type) {
+    case DT_REG:
+        return std::filesystem::file_type::regular;
+    case DT_DIR:
+        return std::filesystem::file_type::directory;
+    case DT_LNK:
+        return std::filesystem::file_type::symlink;
+    default:
+        return std::filesystem::file_type::none; // the system did not say: asked when it matters
+    }
+}
+#endif
+
+std::shared_ptr<const lookupcache::Listing> listFolder(const lookupcache::NativeText &folder, bool kept)
 {
     auto listed = std::make_shared<lookupcache::Listing>();
+    const lookupcache::NativeText &listedFolder = folder.empty() ? lookupcache::NativeText(1, '.') : folder;
+#ifndef _WIN32
+    // The names and kinds come straight from the system: a path object per entry costs more than the listing.
+    DIR *dir = opendir(listedFolder.c_str());
+    listed->opened = dir != nullptr;
+    while (dir) {
+        errno = 0;
+        const dirent *found = readdir(dir);
+        if (!found)
+            break;
+        const std::string_view name(found->d_name);
+        if (name == "." || name == "..")
+            continue;
+        lookupcache::ListedEntry &entry = listed->entries.emplace_back();
+        entry.name = name;
+        entry.wide = wideOf(entry.name);
+        entry.type = typeOf(found->d_type);
+    }
+    if (dir)
+        closedir(dir);
+#else
     std::error_code error;
-    const std::filesystem::path listedFolder = folder.empty() ? std::filesystem::path(".") : folder;
     std::filesystem::directory_iterator it(listedFolder, error);
     listed->opened = !error;
     for (const std::filesystem::directory_iterator end; !error && it != end; it.increment(error)) {
         lookupcache::ListedEntry &entry = listed->entries.emplace_back();
-        entry.name = it->path().filename();
-        const auto &bytes = entry.name.native();
-        if (std::all_of(bytes.begin(), bytes.end(), [](auto ch) { return static_cast<std::uint32_t>(ch) < 0x80; })) {
-            // Most names are ASCII, and the general conversion costs more than the listing.
-            entry.wide.emplace(bytes.begin(), bytes.end());
-        } else {
-            try {
-                entry.wide = entry.name.u16string();
-            } catch (const std::system_error &) {
-                entry.wide.reset();
-            }
-        }
-        if (snapshot)
-            listed->names.insert(entry.name.native());
-#ifndef _WIN32
-        // Where the system leaves the kind out, asking would cost a call per entry: those are asked later.
-        std::error_code kindError;
-        if (snapshot && !it->is_symlink(kindError) && !kindError) {
-            const auto key = (listedFolder / entry.name).native();
-            snapshot->notLinks.try_emplace(key, true);
-            std::filesystem::file_type type = std::filesystem::file_type::none;
-            if (it->is_directory(kindError))
-                type = std::filesystem::file_type::directory;
-            else if (!kindError && it->is_regular_file(kindError))
-                type = std::filesystem::file_type::regular;
-            if (!kindError && type != std::filesystem::file_type::none)
-                snapshot->statuses.try_emplace(key, std::filesystem::file_status(type), std::error_code());
-        }
-#else
-        (void)snapshot;
+        entry.name = it->path().filename().native();
+        entry.wide = wideOf(entry.name);
+    }
 #endif
+    for (std::uint32_t i = 0; i < listed->entries.size(); ++i) {
+        if (listed->entries[i].wide)
+            listed->sorted.push_back(i);
+        if (kept)
+            listed->byName.try_emplace(listed->entries[i].name, i);
+    }
+    std::sort(listed->sorted.begin(), listed->sorted.end(), [&](std::uint32_t a, std::uint32_t b) {
+        return listingOrderLess(*listed->entries[a].wide, *listed->entries[b].wide);
+    });
+    listed->indexed = kept;
+    if (kept) {
+        for (const std::uint32_t i : listed->sorted)
+            listed->byFoldedName[foldName(*listed->entries[i].wide)].push_back(i);
     }
     return listed;
+}
+
+#ifndef _WIN32
+// The folder and name parts of a path's text, when the path names an entry of a folder as it would be
+// listed: no trailing separator and no "." or "..".
+std::optional<std::pair<lookupcache::NativeText, lookupcache::NativeText>>
+splitEntry(const lookupcache::NativeText &path)
+{
+    std::size_t at = path.size();
+    while (at > 0 && !isSeparator(path[at - 1]))
+        --at;
+    lookupcache::NativeText name = path.substr(at);
+    if (name.empty() || name == lookupcache::NativeText(1, '.') || name == lookupcache::NativeText(2, '.'))
+        return std::nullopt;
+    if (at == 0)
+        return std::pair(lookupcache::NativeText(1, '.'), std::move(name));
+    std::size_t end = at;
+    while (end > 1 && isSeparator(path[end - 1]) && isSeparator(path[end - 2]))
+        --end;
+    if (end > 1)
+        --end; // the separator in front of the name, unless it is the root
+    return std::pair(path.substr(0, end), std::move(name));
+}
+#endif
+
+// What a listing that the snapshot holds tells of path: its entry, or that it is not there. Nothing when no
+// such listing is known. Names are compared as they are on this system, which tells case apart only off
+// Windows: there the listing cannot say that a name is missing.
+std::optional<const lookupcache::ListedEntry *> listedEntry(const lookupcache::NativeText &path)
+{
+#ifndef _WIN32
+    const auto parts = splitEntry(path);
+    if (!parts)
+        return std::nullopt;
+    const auto folder = openSnapshot->listings.find(parts->first);
+    if (folder == openSnapshot->listings.end() || !folder->second->opened)
+        return std::nullopt;
+    const auto &listed = *folder->second;
+    const auto at = listed.byName.find(parts->second);
+    return at == listed.byName.end() ? nullptr : &listed.entries[at->second];
+#else
+    (void)path;
+    return std::nullopt;
+#endif
+}
+
+// Whether a path's text names its place one way only: no "." or ".." parts and no doubled separators, so
+// that lexically_normal would leave it as it is (but for a trailing separator).
+bool plainText(const lookupcache::NativeText &text)
+{
+    for (std::size_t start = 0; start <= text.size();) {
+        std::size_t end = start;
+        while (end < text.size() && !isSeparator(text[end]))
+            ++end;
+        const std::size_t length = end - start;
+        if (end < text.size() && length == 0 && start != 0)
+            return false;
+        if ((length == 1 && text[start] == '.') || (length == 2 && text[start] == '.' && text[start + 1] == '.'))
+            return false;
+        start = end + 1;
+    }
+    return true;
+}
+
+// Whether key is the text of place (lexically normal, with no trailing separator), however it is spelled.
+bool samePlace(const lookupcache::NativeText &key, const std::filesystem::path &place)
+{
+    if (plainText(key)) {
+        std::size_t size = key.size();
+        if (size > 1 && isSeparator(key[size - 1]))
+            --size;
+        return std::basic_string_view(key.data(), size) == place.native();
+    }
+    std::filesystem::path normal = std::filesystem::path(key).lexically_normal();
+    if (!normal.has_filename() && normal.has_relative_path())
+        normal = normal.parent_path();
+    return normal == place;
 }
 
 } // namespace
 
 namespace lookupcache {
 
-std::shared_ptr<const Listing> listing(const std::filesystem::path &folder)
+std::shared_ptr<const Listing> listing(const NativeText &folder)
 {
     if (!openSnapshot)
-        return listFolder(folder, nullptr);
-    auto [at, added] = openSnapshot->listings.try_emplace(folder.native());
+        return listFolder(folder, false);
+    auto [at, added] = openSnapshot->listings.try_emplace(folder.empty() ? NativeText(1, '.') : folder);
     if (added)
-        at->second = listFolder(folder, openSnapshot);
+        at->second = listFolder(folder, true);
     return at->second;
 }
 
-std::filesystem::file_status status(const std::filesystem::path &path, std::error_code &error)
+std::filesystem::file_status status(const NativeText &path, std::error_code &error)
 {
     if (!openSnapshot)
         return std::filesystem::status(path, error);
-    auto [at, added] = openSnapshot->statuses.try_emplace(path.native());
+    auto [at, added] = openSnapshot->statuses.try_emplace(path);
     if (added) {
-        // A name that the listing of its folder does not hold is not there.
-        const auto folder = openSnapshot->listings.find(path.parent_path().native());
-        const std::filesystem::path name = path.filename();
-        if (folder != openSnapshot->listings.end() && folder->second->opened && !name.empty() && name != "."
-            && name != ".." && !folder->second->names.contains(name.native())) {
+        const auto listed = listedEntry(path);
+        if (listed && !*listed) {
+            // A name that the listing of its folder does not hold is not there.
             at->second.first = std::filesystem::file_status(std::filesystem::file_type::not_found);
             at->second.second = std::make_error_code(std::errc::no_such_file_or_directory);
+        } else if (listed && (*listed)->type != std::filesystem::file_type::none
+                   && (*listed)->type != std::filesystem::file_type::symlink) {
+            at->second.first = std::filesystem::file_status((*listed)->type);
         } else {
             at->second.first = std::filesystem::status(path, at->second.second);
         }
@@ -216,24 +354,20 @@ std::filesystem::file_status status(const std::filesystem::path &path, std::erro
     return at->second.first;
 }
 
-std::filesystem::file_status statusIn(const std::filesystem::path &folder, const std::filesystem::path &name,
-                                      std::error_code &error)
+std::filesystem::file_status statusOf(const NativeText &folder, const ListedEntry &entry, std::error_code &error)
 {
-    if (!openSnapshot)
-        return std::filesystem::status(folder / name, error);
-    // The text that folder / name would have.
-    std::filesystem::path::string_type key = folder.native();
-    if (!key.empty() && key.back() != std::filesystem::path::preferred_separator && key.back() != '/')
-        key += std::filesystem::path::preferred_separator;
-    key += name.native();
-    const auto known = openSnapshot->statuses.find(key);
-    if (known == openSnapshot->statuses.end())
-        return lookupcache::status(std::filesystem::path(std::move(key)), error);
-    error = known->second.second;
-    return known->second.first;
+    if (entry.type == std::filesystem::file_type::regular || entry.type == std::filesystem::file_type::directory) {
+        error.clear();
+        return std::filesystem::file_status(entry.type);
+    }
+    NativeText path = folder.empty() ? NativeText(1, '.') : folder;
+    if (!isSeparator(path.back()))
+        path += std::filesystem::path::preferred_separator;
+    path += entry.name;
+    return status(path, error);
 }
 
-bool notLink(const std::filesystem::path &path)
+bool notLink(const NativeText &path)
 {
     const auto lookAt = [&path] {
         std::error_code error;
@@ -242,40 +376,99 @@ bool notLink(const std::filesystem::path &path)
     };
     if (!openSnapshot)
         return lookAt();
-    auto [at, added] = openSnapshot->notLinks.try_emplace(path.native());
-    if (added)
-        at->second = lookAt();
+    auto [at, added] = openSnapshot->notLinks.try_emplace(path);
+    if (added) {
+        const auto listed = listedEntry(path);
+        if (listed && *listed && (*listed)->type != std::filesystem::file_type::none)
+            at->second = (*listed)->type != std::filesystem::file_type::symlink;
+        else
+            at->second = lookAt();
+    }
     return at->second;
 }
 
-std::optional<std::optional<std::filesystem::path>> knownResolve(const std::filesystem::path &path)
+namespace {
+
+template<typename Key> const Resolved *known(const std::unordered_map<Key, Resolved> &map, const Key &path)
+{
+    const auto at = map.find(path);
+    return at == map.end() ? nullptr : &at->second;
+}
+
+template<typename Key> const Resolved *keep(std::unordered_map<Key, Resolved> &map, const Key &path, Resolved resolved)
+{
+    return &map.insert_or_assign(path, std::move(resolved)).first->second;
+}
+
+std::size_t kindIndex(LookupKind kind)
+{
+    return static_cast<std::size_t>(kind);
+}
+
+} // namespace
+
+const Resolved *knownResolve(const NativeText &path)
+{
+    return openSnapshot ? known(openSnapshot->resolves, path) : nullptr;
+}
+
+const Resolved *keepResolve(const NativeText &path, Resolved resolved)
+{
+    return openSnapshot ? keep(openSnapshot->resolves, path, std::move(resolved)) : nullptr;
+}
+
+const Resolved *knownResolve(const std::u16string &path)
+{
+    return openSnapshot ? known(openSnapshot->wideResolves, path) : nullptr;
+}
+
+const Resolved *keepResolve(const std::u16string &path, Resolved resolved)
+{
+    return openSnapshot ? keep(openSnapshot->wideResolves, path, std::move(resolved)) : nullptr;
+}
+
+std::optional<bool> knownTurns(const NativeText &folder)
 {
     if (!openSnapshot)
         return std::nullopt;
-    const auto known = openSnapshot->resolves.find(path.native());
-    if (known == openSnapshot->resolves.end())
-        return std::nullopt;
-    return known->second;
+    const auto at = openSnapshot->turns.find(folder);
+    return at == openSnapshot->turns.end() ? std::nullopt : std::optional<bool>(at->second);
 }
 
-void keepResolve(const std::filesystem::path &path, const std::optional<std::filesystem::path> &resolved)
+void keepTurns(const NativeText &folder, bool turns)
 {
     if (openSnapshot)
-        openSnapshot->resolves.insert_or_assign(path.native(), resolved);
+        openSnapshot->turns.insert_or_assign(folder, turns);
 }
 
-const std::vector<std::u16string> *knownNames(const std::filesystem::path &wildcardPath, LookupKind kind)
+Names knownNames(const NativeText &wildcardPath, LookupKind kind)
 {
     if (!openSnapshot)
         return nullptr;
-    const auto known = openSnapshot->names.find({wildcardPath.native(), kind});
-    return known == openSnapshot->names.end() ? nullptr : &known->second;
+    const auto &map = openSnapshot->names[kindIndex(kind)];
+    const auto at = map.find(wildcardPath);
+    return at == map.end() ? nullptr : at->second;
 }
 
-void keepNames(const std::filesystem::path &wildcardPath, LookupKind kind, const std::vector<std::u16string> &names)
+void keepNames(const NativeText &wildcardPath, LookupKind kind, const Names &names)
 {
     if (openSnapshot)
-        openSnapshot->names.insert_or_assign({wildcardPath.native(), kind}, names);
+        openSnapshot->names[kindIndex(kind)].insert_or_assign(wildcardPath, names);
+}
+
+Names knownNames(const std::u16string &wildcardPath, LookupKind kind)
+{
+    if (!openSnapshot)
+        return nullptr;
+    const auto &map = openSnapshot->wideNames[kindIndex(kind)];
+    const auto at = map.find(wildcardPath);
+    return at == map.end() ? nullptr : at->second;
+}
+
+void keepNames(const std::u16string &wildcardPath, LookupKind kind, const Names &names)
+{
+    if (openSnapshot)
+        openSnapshot->wideNames[kindIndex(kind)].insert_or_assign(wildcardPath, names);
 }
 
 } // namespace lookupcache
@@ -306,25 +499,17 @@ void LookupSnapshot::forget(const std::filesystem::path &path)
     const std::filesystem::path removed = path.lexically_normal();
     const std::filesystem::path folder = removed.parent_path();
     // Only texts that hold the last name can stand for the place: the others are passed over unparsed.
-    const std::filesystem::path::string_type folderName = folder.filename().native();
-    const std::filesystem::path::string_type removedName = removed.filename().native();
+    const lookupcache::NativeText folderName = folder.filename().native();
+    const lookupcache::NativeText removedName = removed.filename().native();
     std::erase_if(openSnapshot->listings, [&](const auto &entry) {
-        if (entry.first.find(folderName) == std::filesystem::path::string_type::npos)
-            return false;
-        std::filesystem::path listed = std::filesystem::path(entry.first).lexically_normal();
-        if (!listed.has_filename())
-            listed = listed.parent_path();
-        return listed == folder;
+        return entry.first.find(folderName) != lookupcache::NativeText::npos && samePlace(entry.first, folder);
     });
     const auto isRemoved = [&](const auto &entry) {
-        return entry.first.find(removedName) != std::filesystem::path::string_type::npos
-            && std::filesystem::path(entry.first).lexically_normal() == removed;
+        return entry.first.find(removedName) != lookupcache::NativeText::npos && samePlace(entry.first, removed);
     };
     std::erase_if(openSnapshot->statuses, isRemoved);
     std::erase_if(openSnapshot->notLinks, isRemoved);
-    // Which spelling a path resolves to, and what a wildcard finds, may hang on any entry.
-    openSnapshot->resolves.clear();
-    openSnapshot->names.clear();
+    openSnapshot->clearAnswers();
 }
 
 void LookupSnapshot::forgetAll()
@@ -335,8 +520,7 @@ void LookupSnapshot::forgetAll()
     openSnapshot->listings.clear();
     openSnapshot->statuses.clear();
     openSnapshot->notLinks.clear();
-    openSnapshot->resolves.clear();
-    openSnapshot->names.clear();
+    openSnapshot->clearAnswers();
 }
 
 void LookupSnapshot::forgetBelow(const std::filesystem::path &folder)
@@ -344,37 +528,54 @@ void LookupSnapshot::forgetBelow(const std::filesystem::path &folder)
     if (!openSnapshot)
         return;
     openSnapshot->generation = ++lastGeneration;
-    std::filesystem::path::string_type prefix = folder.lexically_normal().native();
-    while (prefix.size() > 1 && (prefix.back() == std::filesystem::path::preferred_separator || prefix.back() == '/'))
+    lookupcache::NativeText prefix = folder.lexically_normal().native();
+    while (prefix.size() > 1 && isSeparator(prefix.back()))
         prefix.pop_back();
+    std::optional<std::u16string> widePrefix = wideOf(prefix);
     // Keys hold the path as it was asked for, so any spelling of the folder counts.
-    const auto fold = [](auto ch) { return ch >= 'a' && ch <= 'z' ? ch - ('a' - 'A') : ch; };
-    const auto inside = [&](const auto &entry) {
-        const auto &key = entry.first;
-        if (key.size() < prefix.size())
+    const auto inside = [](const auto &key, const auto &start) {
+        const auto fold = [](auto ch) { return ch >= 'a' && ch <= 'z' ? ch - ('a' - 'A') : ch; };
+        if (key.size() < start.size())
             return false;
-        for (std::size_t i = 0; i < prefix.size(); ++i) {
-            if (fold(key[i]) != fold(prefix[i]))
+        for (std::size_t i = 0; i < start.size(); ++i) {
+            if (fold(key[i]) != fold(start[i]))
                 return false;
         }
-        return key.size() == prefix.size() || key[prefix.size()] == std::filesystem::path::preferred_separator
-            || key[prefix.size()] == '/';
+        return key.size() == start.size() || isSeparator(key[start.size()]);
     };
-    std::erase_if(openSnapshot->listings, inside);
-    std::erase_if(openSnapshot->statuses, inside);
-    std::erase_if(openSnapshot->notLinks, inside);
-    std::erase_if(openSnapshot->resolves, inside);
-    std::erase_if(openSnapshot->names, [&](const auto &entry) { return inside(entry.first); });
+    const auto insideNative = [&](const auto &entry) { return inside(entry.first, prefix); };
+    std::erase_if(openSnapshot->listings, insideNative);
+    std::erase_if(openSnapshot->statuses, insideNative);
+    std::erase_if(openSnapshot->notLinks, insideNative);
+    std::erase_if(openSnapshot->resolves, insideNative);
+    std::erase_if(openSnapshot->turns, insideNative);
+    for (auto &byKind : openSnapshot->names)
+        std::erase_if(byKind, insideNative);
+    if (!widePrefix) {
+        openSnapshot->wideResolves.clear();
+        for (auto &byKind : openSnapshot->wideNames)
+            byKind.clear();
+        return;
+    }
+    const auto insideWide = [&](const auto &entry) {
+        // The engine's text may name the folder with either separator.
+        std::u16string key = entry.first;
+        std::replace(key.begin(), key.end(), u'\\', static_cast<char16_t>(std::filesystem::path::preferred_separator));
+        return inside(key, *widePrefix);
+    };
+    std::erase_if(openSnapshot->wideResolves, insideWide);
+    for (auto &byKind : openSnapshot->wideNames)
+        std::erase_if(byKind, insideWide);
 }
 
 bool FileLookup::canList(const std::filesystem::path &folder)
 {
-    return lookupcache::listing(folder)->opened;
+    return lookupcache::listing(folder.native())->opened;
 }
 
 bool FileLookup::isNotLink(const std::filesystem::path &path)
 {
-    return lookupcache::notLink(path);
+    return lookupcache::notLink(path.native());
 }
 
 std::uint64_t LookupSnapshot::generation()
@@ -384,12 +585,42 @@ std::uint64_t LookupSnapshot::generation()
 
 WildcardPattern::WildcardPattern(std::u16string_view pattern)
     : m_items(translate(pattern))
-{}
+{
+    const auto literal = [](const PatternItem &item) { return item.token == WildcardToken::Literal; };
+    if (m_items.size() == 1 && m_items.front().token == WildcardToken::Star) {
+        m_form = Form::Any;
+    } else if (!m_items.empty() && std::all_of(m_items.begin(), m_items.end(), literal)) {
+        m_form = Form::Exact;
+    } else if (m_items.size() > 1
+               && (m_items.front().token == WildcardToken::Star || m_items.front().token == WildcardToken::DosStar)
+               && std::all_of(m_items.begin() + 1, m_items.end(), literal)) {
+        // A star before a point stops at the name's last point, which is where such an ending starts anyway.
+        m_form = Form::Ending;
+    }
+    if (m_form == Form::Exact || m_form == Form::Ending) {
+        for (std::size_t i = m_form == Form::Ending ? 1 : 0; i < m_items.size(); ++i)
+            m_literal += m_items[i].ch;
+    }
+}
 
 WildcardPattern::~WildcardPattern() = default;
 
 bool WildcardPattern::matches(std::u16string_view name) const
 {
+    const auto endsLike = [&](std::size_t from) {
+        return std::equal(m_literal.begin(), m_literal.end(), name.begin() + static_cast<std::ptrdiff_t>(from),
+                          [](char16_t wanted, char16_t ch) { return foldNameChar(ch) == wanted; });
+    };
+    switch (m_form) {
+    case Form::Any:
+        return true;
+    case Form::Exact:
+        return name.size() == m_literal.size() && endsLike(0);
+    case Form::Ending:
+        return name.size() >= m_literal.size() && endsLike(name.size() - m_literal.size());
+    case Form::General:
+        break;
+    }
     if (m_items.empty())
         return false;
     return Matcher(m_items, name, m_memo).matches();
@@ -451,22 +682,43 @@ bool listingOrderLess(std::u16string_view a, std::u16string_view b)
     return a < b;
 }
 
+const std::vector<std::u16string> &FileLookup::names() const
+{
+    static const std::vector<std::u16string> none;
+    return m_names ? *m_names : none;
+}
+
 std::optional<std::u16string> FileLookup::next()
 {
-    if (m_next >= m_names.size())
+    if (m_next >= names().size())
         return std::nullopt;
-    return m_names[m_next++];
+    return names()[m_next++];
 }
 
 std::optional<std::filesystem::path> FileLookup::findFile(const std::u16string &path)
 {
     if (path.empty())
         return std::nullopt;
-    std::optional<std::filesystem::path> resolved = resolve(std::filesystem::path(path));
+    std::optional<std::filesystem::path> resolved = resolve(path);
     std::error_code error;
-    if (!resolved || std::filesystem::is_directory(lookupcache::status(*resolved, error)))
+    if (!resolved || std::filesystem::is_directory(lookupcache::status(resolved->native(), error)))
         return std::nullopt;
     return resolved;
+}
+
+std::filesystem::path pathOf(std::u16string_view text)
+{
+    if (std::all_of(text.begin(), text.end(), [](char16_t ch) { return ch < 0x80; }))
+        return std::filesystem::path(lookupcache::NativeText(text.begin(), text.end()));
+    return std::filesystem::path(std::u16string(text));
+}
+
+std::u16string textOf(const std::filesystem::path &path)
+{
+    const lookupcache::NativeText &native = path.native();
+    if (std::all_of(native.begin(), native.end(), [](auto ch) { return static_cast<std::uint32_t>(ch) < 0x80; }))
+        return std::u16string(native.begin(), native.end());
+    return path.u16string();
 }
 
 } // namespace fleetwright::platform

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -31,11 +32,14 @@ class FileLookup
 {
 public:
     explicit FileLookup(const std::filesystem::path &wildcardPath, LookupKind kind = LookupKind::Files);
+    // The same for a path in the engine's text; within a snapshot the text itself is remembered, which spares
+    // making a path of it when it is asked again.
+    explicit FileLookup(const std::u16string &wildcardPath, LookupKind kind = LookupKind::Files);
 
     // The next name, the first one on the first call; nothing once all are taken.
     std::optional<std::u16string> next();
     // Every name of the lookup, whatever next() has handed out.
-    const std::vector<std::u16string> &names() const { return m_names; }
+    const std::vector<std::u16string> &names() const;
 
     // The existing path whose every component matches path's without regard to case, with Windows' rules
     // for components: trailing points and blanks are dropped ("texture." is "texture"). Where several names
@@ -43,19 +47,26 @@ public:
     // nowhere further down gives way to the next. Nothing when no such path exists. On Windows the file system ignores
     // case itself: the path as given, if it exists.
     static std::optional<std::filesystem::path> resolve(const std::filesystem::path &path);
+    static std::optional<std::filesystem::path> resolve(const std::u16string &path);
     // The file (not a folder) at path as resolve finds it; nothing for an empty path or no such file.
     static std::optional<std::filesystem::path> findFile(const std::u16string &path);
     // Whether resolve finds an entry of the given kind.
     static bool exists(const std::filesystem::path &path, LookupKind kind = LookupKind::Files);
+    static bool exists(const std::u16string &path, LookupKind kind = LookupKind::Files);
     // Whether the folder at folder, a path as resolve gives it, can be opened for listing.
     static bool canList(const std::filesystem::path &folder);
     // Whether the entry at path (taken as it stands) can be looked at and is no symbolic link.
     static bool isNotLink(const std::filesystem::path &path);
 
 private:
-    std::vector<std::u16string> m_names;
+    std::shared_ptr<const std::vector<std::u16string>> m_names;
     std::size_t m_next = 0;
 };
+
+// std::filesystem::path(text) and path.u16string(), without the general conversion for ASCII, which most
+// paths are. Both throw what those throw.
+std::filesystem::path pathOf(std::u16string_view text);
+std::u16string textOf(const std::filesystem::path &path);
 
 // While one stands, the lookups of this thread take what they once saw of the file system for the truth: each
 // folder is listed once and each path looked at once. It is meant for one operation over a tree that nothing
@@ -102,7 +113,18 @@ public:
     bool matches(std::u16string_view name) const;
 
 private:
+    // Most patterns are "*", a plain name or "*" before a plain ending: those need no matcher.
+    enum class Form
+    {
+        General,
+        Any,
+        Exact,
+        Ending,
+    };
+
     std::vector<PatternItem> m_items;
+    Form m_form = Form::General;
+    std::u16string m_literal; // the plain name or ending, in upper case
     mutable std::vector<signed char> m_memo;
 };
 

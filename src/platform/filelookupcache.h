@@ -3,50 +3,71 @@
 // What the lookups of one platform ask of the file system, answered from the open LookupSnapshot when there
 // is one: folder listings and the status of paths. Without a snapshot every call goes to the file system.
 
+#include <array>
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
 #include <system_error>
-#include <unordered_set>
+#include <unordered_map>
 #include <vector>
 
 #include "platform/filelookup.h"
 
 namespace fleetwright::platform::lookupcache {
 
+using NativeText = std::filesystem::path::string_type;
+using Names = std::shared_ptr<const std::vector<std::u16string>>;
+
 struct ListedEntry
 {
-    std::filesystem::path name;
+    NativeText name;
     std::optional<std::u16string> wide; // nothing for a name that is no valid UTF-8
+    // What the listing told of the entry: regular, directory or symlink; none when it told nothing.
+    std::filesystem::file_type type = std::filesystem::file_type::none;
 };
 
 struct Listing
 {
     bool opened = false; // the folder could be opened for listing
     std::vector<ListedEntry> entries;
-    // The entries' names, kept only for listings that a snapshot holds.
-    std::unordered_set<std::filesystem::path::string_type> names;
+    // The entries with a wide name, in listing order (listingOrderLess).
+    std::vector<std::uint32_t> sorted;
+    // Where each name stands in entries, and the entries by their upper-case wide name in listing order:
+    // kept only for listings that a snapshot holds (indexed).
+    bool indexed = false;
+    std::unordered_map<NativeText, std::uint32_t> byName;
+    std::unordered_map<std::u16string, std::vector<std::uint32_t>> byFoldedName;
 };
 
 // The entries of folder ("." for an empty path) in the order the system lists them, up to the first error.
-std::shared_ptr<const Listing> listing(const std::filesystem::path &folder);
+std::shared_ptr<const Listing> listing(const NativeText &folder);
 
 // std::filesystem::status(path, error), links followed.
-std::filesystem::file_status status(const std::filesystem::path &path, std::error_code &error);
+std::filesystem::file_status status(const NativeText &path, std::error_code &error);
 
-// status(folder / name) for a plain name of folder's listing, without making the path unless it is looked at.
-std::filesystem::file_status statusIn(const std::filesystem::path &folder, const std::filesystem::path &name,
-                                      std::error_code &error);
+// status of an entry of listing(folder), without making its path when the listing told its kind.
+std::filesystem::file_status statusOf(const NativeText &folder, const ListedEntry &entry, std::error_code &error);
 
 // Whether path can be looked at and is no link.
-bool notLink(const std::filesystem::path &path);
+bool notLink(const NativeText &path);
 
-// What resolve answered for path, and the names of a wildcard lookup, while the snapshot stands; nothing
-// when not known (or no snapshot is open). keep does nothing without a snapshot.
-std::optional<std::optional<std::filesystem::path>> knownResolve(const std::filesystem::path &path);
-void keepResolve(const std::filesystem::path &path, const std::optional<std::filesystem::path> &resolved);
-const std::vector<std::u16string> *knownNames(const std::filesystem::path &wildcardPath, LookupKind kind);
-void keepNames(const std::filesystem::path &wildcardPath, LookupKind kind, const std::vector<std::u16string> &names);
+// What resolve answered for a path, and the names of a wildcard lookup, while the snapshot stands, by the
+// path's native text or by the text the caller gave; nothing when not known (or no snapshot is open). keep
+// does nothing without a snapshot. A known answer stays put until the snapshot forgets something.
+const std::optional<std::filesystem::path> *knownResolve(const NativeText &path);
+const std::optional<std::filesystem::path> *keepResolve(const NativeText &path,
+                                                        std::optional<std::filesystem::path> resolved);
+const std::optional<std::filesystem::path> *knownResolve(const std::u16string &path);
+const std::optional<std::filesystem::path> *keepResolve(const std::u16string &path,
+                                                        std::optional<std::filesystem::path> resolved);
+// Whether a walk to a folder could have taken another turn, by the folder's native text: kept like resolve's answers.
+std::optional<bool> knownTurns(const NativeText &folder);
+void keepTurns(const NativeText &folder, bool turns);
+Names knownNames(const NativeText &wildcardPath, LookupKind kind);
+void keepNames(const NativeText &wildcardPath, LookupKind kind, const Names &names);
+Names knownNames(const std::u16string &wildcardPath, LookupKind kind);
+void keepNames(const std::u16string &wildcardPath, LookupKind kind, const Names &names);
 
 } // namespace fleetwright::platform::lookupcache

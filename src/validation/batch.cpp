@@ -81,7 +81,7 @@ std::u16string batchReportHeader(const std::u16string &BatchStartFolder, bool er
 
 BatchResult runBatchValidation(const BatchInput &input, clsIniFile &AircraftIni, Dialogs &dialogs)
 {
-    if (input.BatchRoot.empty() || !FileLookup::exists(fs::path(input.BatchRoot), LookupKind::Folders))
+    if (input.BatchRoot.empty() || !FileLookup::exists(input.BatchRoot, LookupKind::Folders))
         throw RuntimeError(76, u"Path not found", PROCEDURE);
     const std::vector<std::u16string> names = FileLookup(fs::path(input.BatchRoot) / u"*", LookupKind::Folders).names();
     if (names.size() > MAX_FOLDERS)

@@ -7,6 +7,7 @@
 #include <set>
 #include <system_error>
 #include <tuple>
+#include <unordered_map>
 #include <unordered_set>
 #include <utility>
 
@@ -51,7 +52,7 @@ bool PatternHasMatch(const std::u16string &pattern)
 {
     if (pattern.empty())
         return false;
-    return !FileLookup(fs::path(pattern), LookupKind::Files).names().empty();
+    return !FileLookup(pattern, LookupKind::Files).names().empty();
 }
 
 std::u16string matchFlag(const std::u16string &pattern)
@@ -189,12 +190,12 @@ fs::path canonicalBelow(const fs::path &parent, const fs::path &parentCanonical,
 
 std::vector<std::u16string> subfolderNames(const std::u16string &folder, const std::u16string &procedure)
 {
-    const auto resolved = FileLookup::resolve(fs::path(folder));
-    if (!resolved || !FileLookup::exists(fs::path(folder), LookupKind::Folders))
+    const auto resolved = FileLookup::resolve(folder);
+    if (!resolved || !FileLookup::exists(folder, LookupKind::Folders))
         throw RuntimeError(76, u"Path not found", procedure);
     if (!FileLookup::canList(*resolved))
         throw RuntimeError(70, u"Permission denied", procedure);
-    return FileLookup(fs::path(joinPath(folder, u"*")), LookupKind::Folders).names();
+    return FileLookup(joinPath(folder, u"*"), LookupKind::Folders).names();
 }
 
 // AnalyzeTextureFolder and AnalyzeModelFolder: every folder below folder, parent before child, as the pair
@@ -220,7 +221,7 @@ void analyzeFolder(const std::u16string &folder, const std::u16string &mask, std
             pending.push_back({joinPath(parent, *it), depth});
     };
     pushChildren(folder, 1); // fails first when folder is no folder
-    const fs::path top = *FileLookup::resolve(fs::path(folder));
+    const fs::path top = *FileLookup::resolve(folder);
     // The folders of a scan share their parent: its canonical form is found once.
     if (aircraftFolder.first != top.parent_path())
         aircraftFolder = {top.parent_path(), canonicalOf(top.parent_path())};
@@ -231,7 +232,7 @@ void analyzeFolder(const std::u16string &folder, const std::u16string &mask, std
         inside.resize(item.depth);
         // A listed folder that its own path does not reach ("skin." is looked up as "skin") fails as the
         // folder object fails on it.
-        const std::optional<fs::path> found = FileLookup::resolve(fs::path(item.path));
+        const std::optional<fs::path> found = FileLookup::resolve(item.path);
         if (!found)
             throw RuntimeError(76, u"Path not found", procedure);
         const fs::path &resolved = *found;
@@ -251,7 +252,7 @@ std::vector<std::pair<std::u16string, std::u16string>> folderScan(const RunState
                                                                   const std::u16string &mask,
                                                                   const std::u16string &procedure)
 {
-    FileLookup lookup(fs::path(state.FolderPrefix + base + u".*"), LookupKind::FilesAndFolders);
+    FileLookup lookup(state.FolderPrefix + base + u".*", LookupKind::FilesAndFolders);
     std::u16string name = lookup.next().value_or(std::u16string());
     auto pair = [&](const std::u16string &n) {
         return state.FolderPrefix + n + ListSeparator + matchFlag(joinPath(state.FolderPrefix + n, mask));
@@ -313,7 +314,7 @@ void textureState(RunState &state, SectionRecord &record)
     // A blank field ends T in "texture.", which the lookup reads as the folder "texture".
     const std::u16string T = state.FolderPrefix + u"texture." + simfiles::nativeSeparators(*record.texture);
     record.textureState = StateMissing;
-    if (!FileLookup::exists(fs::path(T), LookupKind::FilesAndFolders))
+    if (!FileLookup::exists(T, LookupKind::FilesAndFolders))
         return;
     if (holdsPictures(T)) {
         record.textureState = StatePresent;
@@ -361,7 +362,7 @@ void modelState(RunState &state, SectionRecord &record)
         ? state.FolderPrefix + u"model"
         : state.FolderPrefix + u"model." + simfiles::nativeSeparators(*record.model);
     record.modelState = StateMissing;
-    if (!FileLookup::exists(fs::path(M), LookupKind::FilesAndFolders))
+    if (!FileLookup::exists(M, LookupKind::FilesAndFolders))
         return;
     const auto config = FileLookup::findFile(joinPath(M, u"Model.cfg"));
     if (!config)
@@ -393,12 +394,17 @@ void modelState(RunState &state, SectionRecord &record)
 
 void sharedTexturesPass(RunState &state)
 {
+    std::unordered_map<std::u16string_view, std::size_t> textureCount;
+    for (const SectionRecord &record : state.SectionTable)
+        ++textureCount[record.texture ? std::u16string_view(*record.texture) : std::u16string_view()];
     for (const SectionRecord &record : state.SectionTable) {
         const std::u16string texture = record.texture.value_or(std::u16string());
         // The same seen text as the titles: a texture inside any title or earlier texture is not looked at.
-        if (!state.SeenText.empty() && state.SeenText.find(texture) != std::u16string::npos)
+        if (!state.SeenText.empty() && state.SeenTextSearch.contains(state.SeenText, texture))
             continue;
         addRow(state.SeenText, texture);
+        if (textureCount[texture] < 2)
+            continue;
         std::vector<std::u16string> group;
         for (const SectionRecord &other : state.SectionTable)
             if (other.texture ? *other.texture == texture : texture.empty())
@@ -442,7 +448,7 @@ void modelChecks(RunState &state)
 void airfileChecks(RunState &state)
 {
     state.AirfilesFound = 0;
-    const FileLookup lookup(fs::path(state.FolderPrefix + u"*.air"), LookupKind::Files);
+    const FileLookup lookup(state.FolderPrefix + u"*.air", LookupKind::Files);
     for (const std::u16string &name : lookup.names()) {
         const std::u16string lowerName = LCase(name);
         const bool used =

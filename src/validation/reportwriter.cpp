@@ -139,8 +139,8 @@ void FindEmptyFolders(const std::u16string &path, const std::u16string &EmptyFol
             // Whatever the events did, the disk may have changed since anything was looked at.
             platform::LookupSnapshot::forgetAll();
         }
-        const auto resolved = platform::FileLookup::resolve(fs::path(item.path));
-        if (!resolved || !platform::FileLookup::exists(fs::path(item.path), platform::LookupKind::Folders))
+        const auto resolved = platform::FileLookup::resolve(item.path);
+        if (!resolved || !platform::FileLookup::exists(item.path, platform::LookupKind::Folders))
             continue;
         inside.resize(item.depth);
         // After events anything may have moved: then every folder is looked at afresh.
@@ -155,14 +155,14 @@ void FindEmptyFolders(const std::u16string &path, const std::u16string &EmptyFol
         inside.push_back({*resolved, canonical});
         const std::u16string pattern = item.path + (item.path.back() == sep ? u"" : std::u16string(1, sep)) + u"*";
         const std::vector<std::u16string> subfolders =
-            platform::FileLookup(fs::path(pattern), platform::LookupKind::Folders).names();
+            platform::FileLookup(pattern, platform::LookupKind::Folders).names();
         if (!subfolders.empty()) {
             for (auto it = subfolders.rbegin(); it != subfolders.rend(); ++it)
                 pending.push_back(
                     {item.path + (item.path.back() == sep ? u"" : std::u16string(1, sep)) + *it, item.depth + 1});
             continue;
         }
-        if (!platform::FileLookup(fs::path(pattern), platform::LookupKind::FilesAndFolders).names().empty())
+        if (!platform::FileLookup(pattern, platform::LookupKind::FilesAndFolders).names().empty())
             continue;
         std::u16string below =
             item.path.size() > EmptyFolderRoot.size() ? item.path.substr(EmptyFolderRoot.size()) : u"";

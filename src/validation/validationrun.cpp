@@ -2,7 +2,9 @@
 
 #include <filesystem>
 #include <limits>
+#include <string_view>
 #include <system_error>
+#include <unordered_map>
 
 #include "core/arraysearch.h"
 #include "core/clsinifile.h"
@@ -121,6 +123,11 @@ void checkNumbering(RunState &state, std::size_t index)
 
 void titlePass(RunState &state)
 {
+    // Only a title that more than one section has makes a group: the others are passed over without a look
+    // at every section.
+    std::unordered_map<std::u16string_view, std::size_t> titleCount;
+    for (const SectionRecord &record : state.SectionTable)
+        ++titleCount[record.title ? std::u16string_view(*record.title) : std::u16string_view()];
     for (const SectionRecord &record : state.SectionTable) {
         const std::u16string title = record.title.value_or(std::u16string());
         if (title.empty()) {
@@ -128,9 +135,11 @@ void titlePass(RunState &state)
             addRow(state.TitlesUndefined, record.sectionName + u" --> no 'title=' entry");
         }
         // A title that is part of any text seen before counts as handled: deliberate, not a set.
-        if (!state.SeenText.empty() && state.SeenText.find(title) != std::u16string::npos)
+        if (!state.SeenText.empty() && state.SeenTextSearch.contains(state.SeenText, title))
             continue;
         addRow(state.SeenText, title);
+        if (titleCount[title] < 2)
+            continue;
         std::vector<std::u16string> group;
         for (const SectionRecord &other : state.SectionTable)
             if (other.title ? *other.title == title : title.empty())

@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include "core/arraysearch.h"
+
 namespace fleetwright {
 
 class clsIniFile;
@@ -55,6 +57,7 @@ struct RunState
     std::u16string FolderPrefix; // native, lower-cased, ends in the separator
     std::u16string AliasingNote;
     std::u16string SeenText;
+    GrowingTextSearch SeenTextSearch; // grows with SeenText
     std::u16string CurrentEffectFile;
     std::vector<std::u16string> EffectFiles; // the missing ones once the section is done
     std::u16string TextureMask;

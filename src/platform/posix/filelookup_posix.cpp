@@ -2,6 +2,7 @@
 #include "platform/filelookup.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <memory>
 #include <system_error>
 #include <utility>
@@ -56,22 +57,24 @@ std::vector<fs::path> otherSpellings(const fs::path &folder, const std::string &
     const std::optional<std::u16string> wantedWide = wideName(fs::path(wanted));
     if (!wantedWide)
         return {};
-    std::vector<std::pair<std::u16string, fs::path>> found;
-    const fs::path listed = folder.empty() ? fs::path(".") : folder;
+    std::vector<fs::path> names;
+    const std::string listed = folder.empty() ? std::string(".") : folder.native();
     const auto entries = lookupcache::listing(listed);
-    for (const lookupcache::ListedEntry &entry : entries->entries) {
-        if (entry.name.native() == wanted)
+    const std::vector<std::uint32_t> *candidates = &entries->sorted;
+    if (entries->indexed) {
+        const auto alike = entries->byFoldedName.find(foldName(*wantedWide));
+        if (alike == entries->byFoldedName.end())
+            return names;
+        candidates = &alike->second;
+    }
+    for (const std::uint32_t index : *candidates) {
+        const lookupcache::ListedEntry &entry = entries->entries[index];
+        if (entry.name == wanted || !sameNameIgnoringCase(*entry.wide, *wantedWide))
             continue;
         std::error_code statusError;
-        if (entry.wide && sameNameIgnoringCase(*entry.wide, *wantedWide)
-            && isKind(lookupcache::statusIn(listed, entry.name, statusError), kind))
-            found.emplace_back(*entry.wide, entry.name);
+        if (isKind(lookupcache::statusOf(listed, entry, statusError), kind))
+            names.emplace_back(entry.name);
     }
-    std::sort(found.begin(), found.end(),
-              [](const auto &a, const auto &b) { return listingOrderLess(a.first, b.first); });
-    std::vector<fs::path> names;
-    for (auto &entry : found)
-        names.push_back(std::move(entry.second));
     return names;
 }
 
@@ -87,13 +90,13 @@ std::optional<fs::path> resolveBelow(const fs::path &current, const std::vector<
     std::error_code error;
     if (component.empty()) {
         // A trailing separator: what stands before it must be a folder.
-        if (!fs::is_directory(lookupcache::status(current.empty() ? fs::path(".") : current, error)))
+        if (!fs::is_directory(lookupcache::status(current.empty() ? std::string(".") : current.native(), error)))
             return std::nullopt;
         return resolveBelow(current / fs::path(), components, index + 1);
     }
     if (component == "." || component == "..") {
         const fs::path next = current / component;
-        if (!fs::is_directory(lookupcache::status(next, error)))
+        if (!fs::is_directory(lookupcache::status(next.native(), error)))
             return std::nullopt;
         return resolveBelow(next, components, index + 1);
     }
@@ -101,8 +104,8 @@ std::optional<fs::path> resolveBelow(const fs::path &current, const std::vector<
     if (name.empty())
         return std::nullopt;
     const LookupKind kind = last ? LookupKind::FilesAndFolders : LookupKind::Folders;
-    if (isKind(lookupcache::status(current / name, error), kind)) {
-        if (std::optional<fs::path> resolved = resolveBelow(current / name, components, index + 1))
+    if (const fs::path exact = current / name; isKind(lookupcache::status(exact.native(), error), kind)) {
+        if (std::optional<fs::path> resolved = resolveBelow(exact, components, index + 1))
             return resolved;
     }
     for (const fs::path &spelling : otherSpellings(current, name, kind)) {
@@ -113,32 +116,60 @@ std::optional<fs::path> resolveBelow(const fs::path &current, const std::vector<
 }
 
 // The names of a wildcard lookup, in listing order.
-std::vector<std::u16string> lookupNames(const fs::path &wildcardPath, LookupKind kind)
+lookupcache::Names lookupNames(const fs::path &wildcardPath, LookupKind kind)
 {
-    std::vector<std::u16string> names;
+    auto names = std::make_shared<std::vector<std::u16string>>();
     const std::optional<std::u16string> pattern = wideName(wildcardPath.filename());
     if (!pattern || pattern->empty())
         return names;
-    fs::path folder = wildcardPath.parent_path();
-    if (!folder.empty()) {
+    std::string listed = ".";
+    if (const fs::path folder = wildcardPath.parent_path(); !folder.empty()) {
         const std::optional<fs::path> resolved = FileLookup::resolve(folder);
         if (!resolved)
             return names;
-        folder = *resolved;
+        listed = resolved->native();
     }
-    const fs::path listed = folder.empty() ? fs::path(".") : folder;
     const auto entries = lookupcache::listing(listed);
     const WildcardPattern matcher(*pattern);
-    for (const lookupcache::ListedEntry &entry : entries->entries) {
-        if (!entry.wide || !matcher.matches(*entry.wide))
+    for (const std::uint32_t index : entries->sorted) {
+        const lookupcache::ListedEntry &entry = entries->entries[index];
+        if (!matcher.matches(*entry.wide))
             continue;
         std::error_code statusError;
-        if (isKind(lookupcache::statusIn(listed, entry.name, statusError), kind))
-            names.push_back(*entry.wide);
+        if (isKind(lookupcache::statusOf(listed, entry, statusError), kind))
+            names->push_back(*entry.wide);
     }
-    std::sort(names.begin(), names.end(),
-              [](const std::u16string &a, const std::u16string &b) { return listingOrderLess(a, b); });
     return names;
+}
+
+// Whether a folder on the way to folder (a path as resolve gives it) holds another entry named like the one
+// the way goes through: only then can a walk from the root take a turn that the way did not. Without a
+// snapshot's index of the listings that cannot be told, and a turn is assumed.
+bool turnsAbove(const fs::path &folder)
+{
+    if (const std::optional<bool> known = lookupcache::knownTurns(folder.native()))
+        return *known;
+    bool turns = false;
+    fs::path current = folder.root_path();
+    for (const fs::path &component : folder.relative_path()) {
+        const std::string &name = component.native();
+        if (!name.empty() && name != "." && name != "..") {
+            const auto listed = lookupcache::listing(current.empty() ? std::string(".") : current.native());
+            const std::optional<std::u16string> wide = wideName(component);
+            if (!listed->indexed || !wide) {
+                turns = true;
+                break;
+            }
+            const auto alike = listed->byFoldedName.find(foldName(*wide));
+            if (alike != listed->byFoldedName.end() && alike->second.size() > 1) {
+                turns = true;
+                break;
+            }
+        }
+        current /= component;
+    }
+    lookupcache::keepTurns(folder.native(), turns);
+    return turns;
 }
 
 std::optional<fs::path> resolveUncached(const fs::path &path)
@@ -156,10 +187,10 @@ std::optional<fs::path> resolveUncached(const fs::path &path)
     const bool below = !last.empty() && last != "." && last != ".." && !parent.empty() && parent != path
         && parent.lexically_normal() == parent;
     // A folder known under another spelling does not stand as written, nor does anything in it.
-    const auto knownParent = below ? lookupcache::knownResolve(parent) : std::nullopt;
+    const std::optional<fs::path> *knownParent = below ? lookupcache::knownResolve(parent.native()) : nullptr;
     const bool parentElsewhere = knownParent && *knownParent && (*knownParent)->native() != parent.native();
     std::error_code error;
-    if (plain && !parentElsewhere && fs::exists(lookupcache::status(path, error)))
+    if (plain && !parentElsewhere && fs::exists(lookupcache::status(path.native(), error)))
         return path;
     // The search goes through the folder's own candidates in the same order, and no candidate before the
     // folder's answer leads anywhere: so the answer lies below the folder's answer, if there. Only when it
@@ -170,6 +201,8 @@ std::optional<fs::path> resolveUncached(const fs::path &path)
             return std::nullopt;
         if (std::optional<fs::path> below = resolveBelow(*folder, {last}, 0))
             return below;
+        if (!turnsAbove(*folder))
+            return std::nullopt;
     }
     return resolveBelow(path.root_path(), components, 0);
 }
@@ -178,11 +211,19 @@ std::optional<fs::path> resolveUncached(const fs::path &path)
 
 FileLookup::FileLookup(const fs::path &wildcardPath, LookupKind kind)
 {
-    if (const std::vector<std::u16string> *known = lookupcache::knownNames(wildcardPath, kind)) {
-        m_names = *known;
+    m_names = lookupcache::knownNames(wildcardPath.native(), kind);
+    if (m_names)
         return;
-    }
     m_names = lookupNames(wildcardPath, kind);
+    lookupcache::keepNames(wildcardPath.native(), kind, m_names);
+}
+
+FileLookup::FileLookup(const std::u16string &wildcardPath, LookupKind kind)
+{
+    m_names = lookupcache::knownNames(wildcardPath, kind);
+    if (m_names)
+        return;
+    m_names = FileLookup(pathOf(wildcardPath), kind).m_names;
     lookupcache::keepNames(wildcardPath, kind, m_names);
 }
 
@@ -190,18 +231,48 @@ std::optional<fs::path> FileLookup::resolve(const fs::path &path)
 {
     if (path.empty())
         return std::nullopt;
-    if (std::optional<std::optional<fs::path>> known = lookupcache::knownResolve(path))
+    if (const std::optional<fs::path> *known = lookupcache::knownResolve(path.native()))
         return *known;
     std::optional<fs::path> resolved = resolveUncached(path);
-    lookupcache::keepResolve(path, resolved);
+    lookupcache::keepResolve(path.native(), resolved);
     return resolved;
+}
+
+namespace {
+
+// What resolve answers for text, kept in the open snapshot; nothing without one.
+const std::optional<fs::path> *resolveKept(const std::u16string &text)
+{
+    if (LookupSnapshot::generation() == 0)
+        return nullptr;
+    if (const std::optional<fs::path> *known = lookupcache::knownResolve(text))
+        return known;
+    return lookupcache::keepResolve(text, text.empty() ? std::nullopt : FileLookup::resolve(pathOf(text)));
+}
+
+} // namespace
+
+std::optional<fs::path> FileLookup::resolve(const std::u16string &path)
+{
+    if (const std::optional<fs::path> *kept = resolveKept(path))
+        return *kept;
+    return path.empty() ? std::nullopt : resolve(pathOf(path));
 }
 
 bool FileLookup::exists(const fs::path &path, LookupKind kind)
 {
     const std::optional<fs::path> resolved = resolve(path);
     std::error_code error;
-    return resolved && isKind(lookupcache::status(*resolved, error), kind);
+    return resolved && isKind(lookupcache::status(resolved->native(), error), kind);
+}
+
+bool FileLookup::exists(const std::u16string &path, LookupKind kind)
+{
+    const std::optional<fs::path> *kept = resolveKept(path);
+    if (!kept)
+        return exists(pathOf(path), kind);
+    std::error_code error;
+    return *kept && isKind(lookupcache::status((*kept)->native(), error), kind);
 }
 
 } // namespace fleetwright::platform

@@ -1,6 +1,8 @@
 // On Windows the file system applies the wildcard rules and ignores case itself.
 #include "platform/filelookup.h"
 
+#include <memory>
+#include <vector>
 #include <windows.h>
 
 namespace fleetwright::platform {
@@ -27,6 +29,8 @@ bool isKind(DWORD attributes, LookupKind kind)
 
 FileLookup::FileLookup(const fs::path &wildcardPath, LookupKind kind)
 {
+    auto names = std::make_shared<std::vector<std::u16string>>();
+    m_names = names;
     if (!wildcardPath.has_filename())
         return;
     WIN32_FIND_DATAW data;
@@ -42,16 +46,30 @@ FileLookup::FileLookup(const fs::path &wildcardPath, LookupKind kind)
             continue;
         // A link's own attributes: a link to a folder carries the folder flag, as the shell shows it.
         if (isKind(data.dwFileAttributes, kind))
-            m_names.emplace_back(name.begin(), name.end());
+            names->emplace_back(name.begin(), name.end());
     } while (FindNextFileW(find, &data));
     FindClose(find);
 }
+
+FileLookup::FileLookup(const std::u16string &wildcardPath, LookupKind kind)
+    : FileLookup(pathOf(wildcardPath), kind)
+{}
 
 std::optional<fs::path> FileLookup::resolve(const fs::path &path)
 {
     if (path.empty() || GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES)
         return std::nullopt;
     return path;
+}
+
+std::optional<fs::path> FileLookup::resolve(const std::u16string &path)
+{
+    return resolve(pathOf(path));
+}
+
+bool FileLookup::exists(const std::u16string &path, LookupKind kind)
+{
+    return exists(pathOf(path), kind);
 }
 
 bool FileLookup::exists(const fs::path &path, LookupKind kind)
