@@ -318,6 +318,65 @@ bool samePlace(const lookupcache::NativeText &key, const std::filesystem::path &
     return normal == place;
 }
 
+// The listing with the entry name as the system has it now: gone, or there with its kind. Entries may change
+// places; the indexes follow.
+void mendListing(std::shared_ptr<const lookupcache::Listing> &held, const lookupcache::NativeText &name,
+                 const std::filesystem::path &path)
+{
+    // Made by listFolder as a Listing that may change; a copy when someone else holds it meanwhile.
+    std::shared_ptr<lookupcache::Listing> listed = held.use_count() == 1
+        ? std::const_pointer_cast<lookupcache::Listing>(held)
+        : std::make_shared<lookupcache::Listing>(*held);
+    held = listed;
+    auto &entries = listed->entries;
+    const auto retarget = [&](std::uint32_t from, std::uint32_t to) {
+        const lookupcache::ListedEntry &entry = entries[to];
+        listed->byName[entry.name] = to;
+        if (!entry.wide)
+            return;
+        std::replace(listed->sorted.begin(), listed->sorted.end(), from, to);
+        auto &alike = listed->byFoldedName[foldName(*entry.wide)];
+        std::replace(alike.begin(), alike.end(), from, to);
+    };
+    if (const auto at = listed->byName.find(name); at != listed->byName.end()) {
+        const std::uint32_t index = at->second;
+        listed->byName.erase(at);
+        if (const auto &wide = entries[index].wide) {
+            std::erase(listed->sorted, index);
+            const auto alike = listed->byFoldedName.find(foldName(*wide));
+            std::erase(alike->second, index);
+            if (alike->second.empty())
+                listed->byFoldedName.erase(alike);
+        }
+        const auto last = static_cast<std::uint32_t>(entries.size() - 1);
+        if (index != last) {
+            entries[index] = std::move(entries[last]);
+            retarget(last, index);
+        }
+        entries.pop_back();
+    }
+    std::error_code error;
+    const std::filesystem::file_status status = std::filesystem::symlink_status(path, error);
+    if (error || !std::filesystem::exists(status))
+        return;
+    const auto index = static_cast<std::uint32_t>(entries.size());
+    lookupcache::ListedEntry &entry = entries.emplace_back();
+    entry.name = name;
+    entry.wide = wideOf(name);
+    if (std::filesystem::is_symlink(status) || std::filesystem::is_directory(status)
+        || std::filesystem::is_regular_file(status))
+        entry.type = status.type();
+    listed->byName.try_emplace(name, index);
+    if (!entry.wide)
+        return;
+    const auto before = [&](std::uint32_t a, std::uint32_t b) {
+        return listingOrderLess(*entries[a].wide, *entries[b].wide);
+    };
+    listed->sorted.insert(std::upper_bound(listed->sorted.begin(), listed->sorted.end(), index, before), index);
+    auto &alike = listed->byFoldedName[foldName(*entry.wide)];
+    alike.insert(std::upper_bound(alike.begin(), alike.end(), index, before), index);
+}
+
 } // namespace
 
 namespace lookupcache {
@@ -501,9 +560,17 @@ void LookupSnapshot::forget(const std::filesystem::path &path)
     // Only texts that hold the last name can stand for the place: the others are passed over unparsed.
     const lookupcache::NativeText folderName = folder.filename().native();
     const lookupcache::NativeText removedName = removed.filename().native();
-    std::erase_if(openSnapshot->listings, [&](const auto &entry) {
-        return entry.first.find(folderName) != lookupcache::NativeText::npos && samePlace(entry.first, folder);
-    });
+    for (auto at = openSnapshot->listings.begin(); at != openSnapshot->listings.end();) {
+        if (at->first.find(folderName) == lookupcache::NativeText::npos || !samePlace(at->first, folder)) {
+            ++at;
+        } else if (!at->second->opened || !at->second->indexed) {
+            at = openSnapshot->listings.erase(at);
+        } else {
+            // A folder such as the temporary one holds many entries: the one name is mended in place.
+            mendListing(at->second, removedName, path);
+            ++at;
+        }
+    }
     const auto isRemoved = [&](const auto &entry) {
         return entry.first.find(removedName) != lookupcache::NativeText::npos && samePlace(entry.first, removed);
     };

@@ -84,6 +84,17 @@ TEST(LookupSnapshot, ChangesShowAfterForgetOrOnceClosed)
         EXPECT_EQ(FileLookup::findFile(log.u16string()), log);
         EXPECT_EQ(names(dir / "plane" / "*"), (std::vector<std::u16string> {u"aircraft.cfg", u"corvanecheck.log"}));
 
+        // Each forgotten name shows as it is now, the others stay as seen and in listing order.
+        writeBytes(dir / "Plane" / "B.txt", "");
+        writeBytes(dir / "Plane" / "b.TXT", "");
+        LookupSnapshot::forget(dir / "Plane" / "b.TXT");
+        LookupSnapshot::forget(dir / "Plane" / "B.txt");
+        fs::remove(dir / "Plane" / "aircraft.cfg");
+        LookupSnapshot::forget(dir / "Plane" / "aircraft.cfg");
+        EXPECT_EQ(names(dir / "plane" / "*"), (std::vector<std::u16string> {u"B.txt", u"b.TXT", u"corvanecheck.log"}));
+        EXPECT_EQ(FileLookup::resolve(dir / "plane" / "b.txt"), dir / "Plane" / "B.txt");
+        EXPECT_FALSE(FileLookup::resolve(dir / "plane" / "Aircraft.cfg"));
+
         fs::remove(log);
         fs::create_directories(dir / "Plane" / "Texture");
         EXPECT_EQ(FileLookup::findFile(log.u16string()), log);
