@@ -196,11 +196,21 @@ bool GrowingTextSearch::contains(std::u16string_view text, std::u16string_view p
     }
     for (; m_indexed + 1 < text.size(); ++m_indexed)
         m_pairs[pairAt(text, m_indexed)].push_back(static_cast<std::uint32_t>(m_indexed));
-    const auto starts = m_pairs.find(pairAt(part, 0));
-    if (starts == m_pairs.end())
-        return false;
-    return std::any_of(starts->second.begin(), starts->second.end(), [&](std::uint32_t at) {
-        return text.size() - at >= part.size() && text.compare(at, part.size(), part) == 0;
+    // The pair of part that stands in the fewest places: part can only start that far in front of one of them.
+    const std::vector<std::uint32_t> *fewest = nullptr;
+    std::size_t offset = 0;
+    for (std::size_t i = 0; i + 1 < part.size(); ++i) {
+        const auto places = m_pairs.find(pairAt(part, i));
+        if (places == m_pairs.end())
+            return false;
+        if (!fewest || places->second.size() < fewest->size()) {
+            fewest = &places->second;
+            offset = i;
+        }
+    }
+    return std::any_of(fewest->begin(), fewest->end(), [&](std::uint32_t at) {
+        return at >= offset && text.size() - (at - offset) >= part.size()
+            && text.compare(at - offset, part.size(), part) == 0;
     });
 }
 

@@ -2,6 +2,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -150,4 +151,56 @@ TEST(LookupSnapshot, ForgetBelowKeepsWhatLiesAroundTheFolder)
     EXPECT_EQ(names(dir / "aircraft" / "a" / "*"), (std::vector<std::u16string> {u"aircraft.cfg", u"texture.cfg"}));
     EXPECT_EQ(names(dir / "aircraft" / "*", LookupKind::Folders), (std::vector<std::u16string> {u"A", u"B"}))
         << "the folder around it is still as first seen";
+}
+
+TEST(LookupSnapshot, TheEngineTextGetsThePathsAnswers)
+{
+    TempDir dir;
+    writeBytes(dir / "Aircraft" / "Plane" / "Texture.KLM" / "a.bmp", "");
+    writeBytes(dir / "Aircraft" / "Plane" / "texture.klm" / "b.dds", ""); // a twin that differs in case only
+    writeBytes(dir / "Aircraft" / "Plane" / "Model" / "Model.cfg", "");
+    writeBytes(dir / "Aircraft" / "Plane" / "Pläne.air", "");
+    writeBytes(dir / "Aircraft" / "PLANE" / "texture.cfg", "");
+    fs::create_directory_symlink("Model", dir / "Aircraft" / "Plane" / "model.link");
+    const std::u16string root = dir.path().u16string() + u"/";
+    const std::u16string asked[] = {
+        u"aircraft/plane/texture.klm/b.dds",
+        u"aircraft/plane/texture.klm/a.bmp",
+        u"aircraft/plane/TEXTURE.klm",
+        u"aircraft/plane/model./model.cfg",
+        u"aircraft/plane/pläne.air",
+        u"aircraft/plane/texture.cfg",
+        u"aircraft/plane/model.link/MODEL.CFG",
+        u"aircraft//plane/model",
+        u"aircraft/./plane/../plane/Model",
+        u"aircraft/plane/missing",
+        u"aircraft/missing/model",
+        u"aircraft/plane/model/",
+    };
+    const std::u16string patterns[] = {u"aircraft/plane/texture.klm/*", u"aircraft/plane/*",
+                                       u"aircraft/plane/texture.*",     u"aircraft/plane/*.air",
+                                       u"aircraft/plane/model./*.cfg",  u"aircraft/nothing/*"};
+    const LookupKind kinds[] = {LookupKind::Files, LookupKind::Folders, LookupKind::FilesAndFolders};
+    const LookupSnapshot snapshot;
+    for (int round = 0; round < 2; ++round) {
+        for (const std::u16string &text : asked) {
+            SCOPED_TRACE(fs::path(text).string());
+            const fs::path path = fs::path(root + text);
+            std::optional<fs::path> plain;
+            {
+                // A snapshot of its own would share what this one saw: the plain answer comes from another thread.
+                std::thread([&] { plain = FileLookup::resolve(path); }).join();
+            }
+            EXPECT_EQ(FileLookup::resolve(root + text), plain);
+            for (const LookupKind kind : kinds)
+                EXPECT_EQ(FileLookup::exists(root + text, kind), FileLookup::exists(path, kind));
+        }
+        for (const std::u16string &pattern : patterns) {
+            for (const LookupKind kind : kinds) {
+                std::vector<std::u16string> plain;
+                std::thread([&] { plain = names(fs::path(root + pattern), kind); }).join();
+                EXPECT_EQ(FileLookup(root + pattern, kind).names(), plain) << fs::path(pattern).string();
+            }
+        }
+    }
 }

@@ -218,15 +218,6 @@ FileLookup::FileLookup(const fs::path &wildcardPath, LookupKind kind)
     lookupcache::keepNames(wildcardPath.native(), kind, m_names);
 }
 
-FileLookup::FileLookup(const std::u16string &wildcardPath, LookupKind kind)
-{
-    m_names = lookupcache::knownNames(wildcardPath, kind);
-    if (m_names)
-        return;
-    m_names = FileLookup(pathOf(wildcardPath), kind).m_names;
-    lookupcache::keepNames(wildcardPath, kind, m_names);
-}
-
 std::optional<fs::path> FileLookup::resolve(const fs::path &path)
 {
     if (path.empty())
@@ -241,16 +232,120 @@ std::optional<fs::path> FileLookup::resolve(const fs::path &path)
 namespace {
 
 // What resolve answers for text, kept in the open snapshot; nothing without one.
+const std::optional<fs::path> *resolveKept(const std::u16string &text);
+
+// Whether a folder's text is as lexically_normal leaves it: no empty, "." or ".." parts.
+bool normalText(std::u16string_view folder)
+{
+    for (std::size_t start = folder.front() == u'/' ? 1 : 0; start <= folder.size();) {
+        const std::size_t end = std::min(folder.find(u'/', start), folder.size());
+        const std::u16string_view part = folder.substr(start, end - start);
+        if (part.empty() || part == u"." || part == u"..")
+            return false;
+        start = end + 1;
+    }
+    return true;
+}
+
+// Where the engine's text names an entry of a folder plainly ("folder/name", the name an ASCII name that
+// Windows would not trim), its folder and name; otherwise nothing.
+std::optional<std::pair<std::u16string, std::string>> plainEntry(const std::u16string &text)
+{
+    const std::size_t slash = text.rfind(u'/');
+    if (slash == std::u16string::npos || slash == 0 || slash + 1 == text.size()
+        || !normalText(std::u16string_view(text).substr(0, slash)))
+        return std::nullopt;
+    const std::u16string_view name = std::u16string_view(text).substr(slash + 1);
+    if (name == u"." || name == u".." || name.back() == u'.' || name.back() == u' '
+        || std::any_of(name.begin(), name.end(), [](char16_t ch) { return ch >= 0x80; }))
+        return std::nullopt;
+    return std::pair(text.substr(0, slash), std::string(name.begin(), name.end()));
+}
+
+// resolve for a plain entry as resolveUncached finds it, from the folder's answer and its listing alone:
+// the name as written, else its other spellings, else (when the way to the folder could turn) the long
+// way. Nothing when the text is no plain entry.
+std::optional<std::optional<fs::path>> resolveEntry(const std::u16string &text)
+{
+    const auto entry = plainEntry(text);
+    if (!entry)
+        return std::nullopt;
+    const std::optional<fs::path> *folder = resolveKept(entry->first);
+    if (!*folder)
+        return std::optional<fs::path>();
+    std::string exact = (*folder)->native();
+    if (exact.back() != '/')
+        exact += '/';
+    const std::size_t folderSize = exact.size();
+    exact += entry->second;
+    std::error_code error;
+    if (fs::exists(lookupcache::status(exact, error)))
+        return std::optional<fs::path>(std::move(exact));
+    const std::vector<fs::path> spellings = otherSpellings(**folder, entry->second, LookupKind::FilesAndFolders);
+    if (!spellings.empty()) {
+        exact.resize(folderSize);
+        return std::optional<fs::path>(exact + spellings.front().native());
+    }
+    if (turnsAbove(**folder))
+        return std::optional<fs::path>(FileLookup::resolve(pathOf(text)));
+    return std::optional<fs::path>();
+}
+
 const std::optional<fs::path> *resolveKept(const std::u16string &text)
 {
     if (LookupSnapshot::generation() == 0)
         return nullptr;
     if (const std::optional<fs::path> *known = lookupcache::knownResolve(text))
         return known;
+    if (std::optional<std::optional<fs::path>> found = resolveEntry(text))
+        return lookupcache::keepResolve(text, std::move(*found));
     return lookupcache::keepResolve(text, text.empty() ? std::nullopt : FileLookup::resolve(pathOf(text)));
 }
 
+// The names of a wildcard lookup in the engine's text whose folder part is plain, from the folder's answer;
+// nothing without a snapshot or for other texts.
+lookupcache::Names namesInEntryFolder(const std::u16string &wildcardPath, LookupKind kind)
+{
+    const std::size_t slash = wildcardPath.rfind(u'/');
+    if (slash == std::u16string::npos || slash == 0 || slash + 1 == wildcardPath.size()
+        || !normalText(std::u16string_view(wildcardPath).substr(0, slash)))
+        return nullptr;
+    const std::u16string_view pattern = std::u16string_view(wildcardPath).substr(slash + 1);
+    // A lone surrogate makes no path: such a text takes the long way, which fails on it.
+    if (std::any_of(pattern.begin(), pattern.end(), [](char16_t ch) { return ch >= 0xD800 && ch <= 0xDFFF; }))
+        return nullptr;
+    const std::optional<fs::path> *folder = resolveKept(wildcardPath.substr(0, slash));
+    if (!folder)
+        return nullptr;
+    auto names = std::make_shared<std::vector<std::u16string>>();
+    if (!*folder)
+        return names;
+    const std::string &listed = (*folder)->native();
+    const auto entries = lookupcache::listing(listed);
+    const WildcardPattern matcher(pattern);
+    for (const std::uint32_t index : entries->sorted) {
+        const lookupcache::ListedEntry &entry = entries->entries[index];
+        if (!matcher.matches(*entry.wide))
+            continue;
+        std::error_code statusError;
+        if (isKind(lookupcache::statusOf(listed, entry, statusError), kind))
+            names->push_back(*entry.wide);
+    }
+    return names;
+}
+
 } // namespace
+
+FileLookup::FileLookup(const std::u16string &wildcardPath, LookupKind kind)
+{
+    m_names = lookupcache::knownNames(wildcardPath, kind);
+    if (m_names)
+        return;
+    m_names = namesInEntryFolder(wildcardPath, kind);
+    if (!m_names)
+        m_names = FileLookup(pathOf(wildcardPath), kind).m_names;
+    lookupcache::keepNames(wildcardPath, kind, m_names);
+}
 
 std::optional<fs::path> FileLookup::resolve(const std::u16string &path)
 {
