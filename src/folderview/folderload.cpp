@@ -176,11 +176,13 @@ void FolderReader::readVariationSection(std::u16string &name, std::int32_t place
     (*m_seenSections)[static_cast<std::size_t>(place)] = name;
 
     m_ini.setSection(name);
+    GridRow &row = m_result.rows.emplace_back();
+    row[GridColumn::Section] = StripComment(m_ini.Section());
+    if (m_input.firstRowOnly && m_result.rows.size() > 1)
+        return;
     std::vector<std::u16string> keys;
     std::int32_t count = 0;
     m_ini.EnumerateCurrentSection(keys, count);
-    GridRow &row = m_result.rows.emplace_back();
-    row[GridColumn::Section] = StripComment(m_ini.Section());
     for (std::int32_t k = 0; k < count; ++k)
         readVariationKey(keys[static_cast<std::size_t>(k)], place);
 }

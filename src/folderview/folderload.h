@@ -87,6 +87,9 @@ struct FolderLoadInput
     std::u16string ExitNote0;
     std::u16string ExitNote1;
     std::u16string WingSpanSection;
+    // Rows after the first hold their section alone, with no key read: for a caller that wants the number of
+    // rows and the first one only, as the checker does before a run. Nothing else of the load changes.
+    bool firstRowOnly = false;
 };
 
 struct MenuStates
@@ -105,6 +108,8 @@ struct CurrentFields
     std::u16string txt_CurrentTexture; // "<default>" when empty
     std::u16string txt_CurrentModel;   // "<default>" when empty
     std::u16string txt_CurrentAirfile; // "<none>" when empty
+
+    bool operator==(const CurrentFields &) const = default;
 };
 
 struct FolderLoadResult

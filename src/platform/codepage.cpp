@@ -44,15 +44,16 @@ std::u16string fromCodePage(std::string_view bytes)
 
 std::string toCodePage(std::u16string_view text)
 {
-    std::string bytes;
-    bytes.reserve(text.size());
+    std::string bytes(text.size(), '\0');
+    std::size_t written = 0;
     for (std::size_t i = 0; i < text.size(); ++i) {
         const char16_t ch = text[i];
         // A surrogate pair is one character the code page lacks: one "?", not two.
         if (ch >= 0xD800 && ch <= 0xDBFF && i + 1 < text.size() && text[i + 1] >= 0xDC00 && text[i + 1] <= 0xDFFF)
             ++i;
-        bytes.push_back(wideToCodePage(ch));
+        bytes[written++] = wideToCodePage(ch);
     }
+    bytes.resize(written);
     return bytes;
 }
 

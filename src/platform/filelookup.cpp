@@ -385,10 +385,11 @@ std::shared_ptr<const Listing> listing(const NativeText &folder)
 {
     if (!openSnapshot)
         return listFolder(folder, false);
-    auto [at, added] = openSnapshot->listings.try_emplace(folder.empty() ? NativeText(1, '.') : folder);
-    if (added)
-        at->second = listFolder(folder, true);
-    return at->second;
+    if (folder.empty())
+        return listing(NativeText(1, '.'));
+    if (const auto known = openSnapshot->listings.find(folder); known != openSnapshot->listings.end())
+        return known->second;
+    return openSnapshot->listings.emplace(folder, listFolder(folder, true)).first->second;
 }
 
 std::filesystem::file_status status(const NativeText &path, std::error_code &error)
