@@ -191,6 +191,8 @@ std::filesystem::file_type typeOf(unsigned char type)
 }
 #endif
 
+constexpr std::size_t MAPPED_FROM = 16;
+
 std::shared_ptr<const lookupcache::Listing> listFolder(const lookupcache::NativeText &folder, bool kept)
 {
     auto listed = std::make_shared<lookupcache::Listing>();
@@ -227,14 +229,17 @@ std::shared_ptr<const lookupcache::Listing> listFolder(const lookupcache::Native
     for (std::uint32_t i = 0; i < listed->entries.size(); ++i) {
         if (listed->entries[i].wide)
             listed->sorted.push_back(i);
-        if (kept)
-            listed->byName.try_emplace(listed->entries[i].name, i);
     }
     std::sort(listed->sorted.begin(), listed->sorted.end(), [&](std::uint32_t a, std::uint32_t b) {
         return listingOrderLess(*listed->entries[a].wide, *listed->entries[b].wide);
     });
-    listed->indexed = kept;
-    if (kept) {
+    listed->kept = kept;
+    // Maps pay off for folders that are asked about often and hold many entries, such as the one that holds
+    // the aircraft; a texture folder's few entries are quicker searched.
+    listed->mapped = kept && listed->entries.size() >= MAPPED_FROM;
+    if (listed->mapped) {
+        for (std::uint32_t i = 0; i < listed->entries.size(); ++i)
+            listed->byName.try_emplace(listed->entries[i].name, i);
         for (const std::uint32_t i : listed->sorted)
             listed->byFoldedName[foldName(*listed->entries[i].wide)].push_back(i);
     }
@@ -276,9 +281,7 @@ std::optional<const lookupcache::ListedEntry *> listedEntry(const lookupcache::N
     const auto folder = openSnapshot->listings.find(parts->first);
     if (folder == openSnapshot->listings.end() || !folder->second->opened)
         return std::nullopt;
-    const auto &listed = *folder->second;
-    const auto at = listed.byName.find(parts->second);
-    return at == listed.byName.end() ? nullptr : &listed.entries[at->second];
+    return folder->second->named(parts->second);
 #else
     (void)path;
     return std::nullopt;
@@ -331,22 +334,28 @@ void mendListing(std::shared_ptr<const lookupcache::Listing> &held, const lookup
     auto &entries = listed->entries;
     const auto retarget = [&](std::uint32_t from, std::uint32_t to) {
         const lookupcache::ListedEntry &entry = entries[to];
-        listed->byName[entry.name] = to;
-        if (!entry.wide)
+        if (entry.wide)
+            std::replace(listed->sorted.begin(), listed->sorted.end(), from, to);
+        if (!listed->mapped)
             return;
-        std::replace(listed->sorted.begin(), listed->sorted.end(), from, to);
-        auto &alike = listed->byFoldedName[foldName(*entry.wide)];
-        std::replace(alike.begin(), alike.end(), from, to);
+        listed->byName[entry.name] = to;
+        if (entry.wide) {
+            auto &alike = listed->byFoldedName[foldName(*entry.wide)];
+            std::replace(alike.begin(), alike.end(), from, to);
+        }
     };
-    if (const auto at = listed->byName.find(name); at != listed->byName.end()) {
-        const std::uint32_t index = at->second;
-        listed->byName.erase(at);
-        if (const auto &wide = entries[index].wide) {
+    if (const lookupcache::ListedEntry *gone = listed->named(name)) {
+        const auto index = static_cast<std::uint32_t>(gone - entries.data());
+        if (gone->wide)
             std::erase(listed->sorted, index);
-            const auto alike = listed->byFoldedName.find(foldName(*wide));
-            std::erase(alike->second, index);
-            if (alike->second.empty())
-                listed->byFoldedName.erase(alike);
+        if (listed->mapped) {
+            listed->byName.erase(name);
+            if (gone->wide) {
+                const auto alike = listed->byFoldedName.find(foldName(*gone->wide));
+                std::erase(alike->second, index);
+                if (alike->second.empty())
+                    listed->byFoldedName.erase(alike);
+            }
         }
         const auto last = static_cast<std::uint32_t>(entries.size() - 1);
         if (index != last) {
@@ -366,20 +375,50 @@ void mendListing(std::shared_ptr<const lookupcache::Listing> &held, const lookup
     if (std::filesystem::is_symlink(status) || std::filesystem::is_directory(status)
         || std::filesystem::is_regular_file(status))
         entry.type = status.type();
-    listed->byName.try_emplace(name, index);
+    if (listed->mapped)
+        listed->byName.try_emplace(name, index);
     if (!entry.wide)
         return;
     const auto before = [&](std::uint32_t a, std::uint32_t b) {
         return listingOrderLess(*entries[a].wide, *entries[b].wide);
     };
     listed->sorted.insert(std::upper_bound(listed->sorted.begin(), listed->sorted.end(), index, before), index);
-    auto &alike = listed->byFoldedName[foldName(*entry.wide)];
-    alike.insert(std::upper_bound(alike.begin(), alike.end(), index, before), index);
+    if (listed->mapped) {
+        auto &alike = listed->byFoldedName[foldName(*entry.wide)];
+        alike.insert(std::upper_bound(alike.begin(), alike.end(), index, before), index);
+    }
 }
 
 } // namespace
 
 namespace lookupcache {
+
+const ListedEntry *Listing::named(const NativeText &name) const
+{
+    if (mapped) {
+        const auto at = byName.find(name);
+        return at == byName.end() ? nullptr : &entries[at->second];
+    }
+    for (const ListedEntry &entry : entries) {
+        if (entry.name == name)
+            return &entry;
+    }
+    return nullptr;
+}
+
+std::vector<std::uint32_t> Listing::alike(std::u16string_view wide) const
+{
+    if (mapped) {
+        const auto at = byFoldedName.find(foldName(wide));
+        return at == byFoldedName.end() ? std::vector<std::uint32_t>() : at->second;
+    }
+    std::vector<std::uint32_t> found;
+    for (const std::uint32_t index : sorted) {
+        if (sameNameIgnoringCase(*entries[index].wide, wide))
+            found.push_back(index);
+    }
+    return found;
+}
 
 std::shared_ptr<const Listing> listing(const NativeText &folder)
 {
@@ -564,7 +603,7 @@ void LookupSnapshot::forget(const std::filesystem::path &path)
     for (auto at = openSnapshot->listings.begin(); at != openSnapshot->listings.end();) {
         if (at->first.find(folderName) == lookupcache::NativeText::npos || !samePlace(at->first, folder)) {
             ++at;
-        } else if (!at->second->opened || !at->second->indexed) {
+        } else if (!at->second->opened || !at->second->kept) {
             at = openSnapshot->listings.erase(at);
         } else {
             // A folder such as the temporary one holds many entries: the one name is mended in place.

@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <system_error>
 #include <unordered_map>
 #include <vector>
@@ -31,12 +32,19 @@ struct ListedEntry
 struct Listing
 {
     bool opened = false; // the folder could be opened for listing
+    bool kept = false;   // a snapshot holds it
     std::vector<ListedEntry> entries;
     // The entries with a wide name, in listing order (listingOrderLess).
     std::vector<std::uint32_t> sorted;
-    // Where each name stands in entries, and the entries by their upper-case wide name in listing order:
-    // kept only for listings that a snapshot holds (indexed).
-    bool indexed = false;
+
+    // The entry named name; nothing when the listing lacks it.
+    const ListedEntry *named(const NativeText &name) const;
+    // The entries whose wide name is wide but for case, in listing order.
+    std::vector<std::uint32_t> alike(std::u16string_view wide) const;
+
+    // For a large listing that a snapshot holds, where each name stands and the entries by their upper-case
+    // wide name in listing order; a small one is searched.
+    bool mapped = false;
     std::unordered_map<NativeText, std::uint32_t> byName;
     std::unordered_map<std::u16string, std::vector<std::uint32_t>> byFoldedName;
 };

@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -202,5 +203,33 @@ TEST(LookupSnapshot, TheEngineTextGetsThePathsAnswers)
                 EXPECT_EQ(FileLookup(root + pattern, kind).names(), plain) << fs::path(pattern).string();
             }
         }
+    }
+}
+
+TEST(LookupSnapshot, ForgetMendsSmallAndLargeFolders)
+{
+    for (const int others : {2, 40}) {
+        SCOPED_TRACE(others);
+        TempDir dir;
+        for (int i = 0; i < others; ++i)
+            writeBytes(dir / "Plane" / ("file" + std::to_string(i) + ".dds"), "");
+        writeBytes(dir / "Plane" / "Gone.cfg", "");
+        const LookupSnapshot snapshot;
+        const auto lookedAt = [&] {
+            return std::tuple(names(dir / "plane" / "*"), FileLookup::resolve(dir / "plane" / "NEW.CFG"),
+                              FileLookup::resolve(dir / "plane" / "gone.cfg"),
+                              FileLookup::exists(dir / "plane" / "texture", LookupKind::Folders));
+        };
+        lookedAt();
+        writeBytes(dir / "Plane" / "new.cfg", "");
+        writeBytes(dir / "Plane" / "New.cfg", "");
+        fs::create_directory(dir / "Plane" / "Texture");
+        fs::remove(dir / "Plane" / "Gone.cfg");
+        for (const char *name : {"new.cfg", "New.cfg", "Gone.cfg", "Texture"})
+            LookupSnapshot::forget(dir / "Plane" / name);
+        decltype(lookedAt()) plain;
+        std::thread([&] { plain = lookedAt(); }).join();
+        EXPECT_EQ(lookedAt(), plain);
+        EXPECT_EQ(std::get<1>(plain), dir / "Plane" / "New.cfg");
     }
 }

@@ -60,14 +60,7 @@ std::vector<fs::path> otherSpellings(const fs::path &folder, const std::string &
     std::vector<fs::path> names;
     const std::string listed = folder.empty() ? std::string(".") : folder.native();
     const auto entries = lookupcache::listing(listed);
-    const std::vector<std::uint32_t> *candidates = &entries->sorted;
-    if (entries->indexed) {
-        const auto alike = entries->byFoldedName.find(foldName(*wantedWide));
-        if (alike == entries->byFoldedName.end())
-            return names;
-        candidates = &alike->second;
-    }
-    for (const std::uint32_t index : *candidates) {
+    for (const std::uint32_t index : entries->alike(*wantedWide)) {
         const lookupcache::ListedEntry &entry = entries->entries[index];
         if (entry.name == wanted || !sameNameIgnoringCase(*entry.wide, *wantedWide))
             continue;
@@ -156,12 +149,7 @@ bool turnsAbove(const fs::path &folder)
         if (!name.empty() && name != "." && name != "..") {
             const auto listed = lookupcache::listing(current.empty() ? std::string(".") : current.native());
             const std::optional<std::u16string> wide = wideName(component);
-            if (!listed->indexed || !wide) {
-                turns = true;
-                break;
-            }
-            const auto alike = listed->byFoldedName.find(foldName(*wide));
-            if (alike != listed->byFoldedName.end() && alike->second.size() > 1) {
+            if (!listed->kept || !wide || listed->alike(*wide).size() > 1) {
                 turns = true;
                 break;
             }
