@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 #include <unordered_map>
 #include <utility>
@@ -127,7 +128,16 @@ private:
 
 // What the open snapshot has seen, by the path's text as it was asked for.
 template<typename Value> using ByNative = std::unordered_map<lookupcache::NativeText, Value>;
-template<typename Value> using ByWide = std::unordered_map<std::u16string, Value>;
+// The standard comparison of wide texts goes character by character; the keys here are long paths.
+struct SameWideText
+{
+    bool operator()(const std::u16string &a, const std::u16string &b) const
+    {
+        return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(char16_t)) == 0;
+    }
+};
+template<typename Value>
+using ByWide = std::unordered_map<std::u16string, Value, std::hash<std::u16string>, SameWideText>;
 using Resolved = std::optional<std::filesystem::path>;
 
 struct Snapshot
@@ -488,13 +498,13 @@ bool notLink(const NativeText &path)
 
 namespace {
 
-template<typename Key> const Resolved *known(const std::unordered_map<Key, Resolved> &map, const Key &path)
+template<typename Map> const Resolved *known(const Map &map, const typename Map::key_type &path)
 {
     const auto at = map.find(path);
     return at == map.end() ? nullptr : &at->second;
 }
 
-template<typename Key> const Resolved *keep(std::unordered_map<Key, Resolved> &map, const Key &path, Resolved resolved)
+template<typename Map> const Resolved *keep(Map &map, const typename Map::key_type &path, Resolved resolved)
 {
     return &map.insert_or_assign(path, std::move(resolved)).first->second;
 }
