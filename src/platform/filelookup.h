@@ -63,6 +63,13 @@ private:
     std::size_t m_next = 0;
 };
 
+// The canonical form of path (links followed, no "." or ".." parts), or path itself when it has none.
+std::filesystem::path canonicalOf(const std::filesystem::path &path);
+// canonicalOf(child) for a child found in parent, whose canonical form is parentCanonical: a folder that is
+// no link lies where its parent does, which spares asking the system for every folder of a walk.
+std::filesystem::path canonicalBelow(const std::filesystem::path &parent, const std::filesystem::path &parentCanonical,
+                                     const std::filesystem::path &child);
+
 // std::filesystem::path(text) and path.u16string(), without the general conversion for ASCII, which most
 // paths are. Both throw what those throw.
 std::filesystem::path pathOf(std::u16string_view text);

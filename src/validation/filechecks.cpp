@@ -173,21 +173,6 @@ int modelFileState(const std::u16string &folder, std::u16string normal)
     return FileLookup::findFile(joinPath(folder, simfiles::nativeSeparators(normal))) ? StatePresent : StateMissing;
 }
 
-fs::path canonicalOf(const fs::path &path)
-{
-    std::error_code ec;
-    fs::path canonical = fs::canonical(path, ec);
-    return ec ? path : canonical;
-}
-
-// canonicalOf(child) for a child found in parent: a folder that is no link lies where its parent does.
-fs::path canonicalBelow(const fs::path &parent, const fs::path &parentCanonical, const fs::path &child)
-{
-    if (child.parent_path() == parent && platform::FileLookup::isNotLink(child))
-        return parentCanonical / child.filename();
-    return canonicalOf(child);
-}
-
 std::vector<std::u16string> subfolderNames(const std::u16string &folder, const std::u16string &procedure)
 {
     const auto resolved = FileLookup::resolve(folder);
@@ -224,8 +209,8 @@ void analyzeFolder(const std::u16string &folder, const std::u16string &mask, std
     const fs::path top = *FileLookup::resolve(folder);
     // The folders of a scan share their parent: its canonical form is found once.
     if (aircraftFolder.first != top.parent_path())
-        aircraftFolder = {top.parent_path(), canonicalOf(top.parent_path())};
-    std::vector<Inside> inside {{top, canonicalBelow(aircraftFolder.first, aircraftFolder.second, top)}};
+        aircraftFolder = {top.parent_path(), platform::canonicalOf(top.parent_path())};
+    std::vector<Inside> inside {{top, platform::canonicalBelow(aircraftFolder.first, aircraftFolder.second, top)}};
     while (!pending.empty()) {
         const Pending item = std::move(pending.back());
         pending.pop_back();
@@ -236,7 +221,7 @@ void analyzeFolder(const std::u16string &folder, const std::u16string &mask, std
         if (!found)
             throw RuntimeError(76, u"Path not found", procedure);
         const fs::path &resolved = *found;
-        const fs::path canonical = canonicalBelow(inside.back().resolved, inside.back().canonical, resolved);
+        const fs::path canonical = platform::canonicalBelow(inside.back().resolved, inside.back().canonical, resolved);
         if (std::any_of(inside.begin(), inside.end(),
                         [&](const Inside &above) { return above.canonical == canonical; }))
             throw RuntimeError(76, u"Path not found", procedure);

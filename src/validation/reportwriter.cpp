@@ -39,21 +39,6 @@ void writeBytes(const fs::path &path, const std::string &bytes, bool append, con
         throw RuntimeError(75, u"Path/File access error", procedure);
 }
 
-fs::path canonicalOf(const fs::path &path)
-{
-    std::error_code ec;
-    fs::path canonical = fs::canonical(path, ec);
-    return ec ? path : canonical;
-}
-
-// canonicalOf(child) for a child found in parent: a folder that is no link lies where its parent does.
-fs::path canonicalBelow(const fs::path &parent, const fs::path &parentCanonical, const fs::path &child)
-{
-    if (child.parent_path() == parent && platform::FileLookup::isNotLink(child))
-        return parentCanonical / child.filename();
-    return canonicalOf(child);
-}
-
 } // namespace
 
 std::int64_t reportTimeSeconds()
@@ -145,8 +130,8 @@ void FindEmptyFolders(const std::u16string &path, const std::u16string &EmptyFol
         inside.resize(item.depth);
         // After events anything may have moved: then every folder is looked at afresh.
         const fs::path canonical = inside.empty() || yieldToEvents
-            ? canonicalOf(*resolved)
-            : canonicalBelow(inside.back().resolved, inside.back().canonical, *resolved);
+            ? platform::canonicalOf(*resolved)
+            : platform::canonicalBelow(inside.back().resolved, inside.back().canonical, *resolved);
         if (std::any_of(inside.begin(), inside.end(),
                         [&](const Inside &above) { return above.canonical == canonical; }))
             continue; // a link back into the walk
