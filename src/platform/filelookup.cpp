@@ -319,6 +319,20 @@ bool plainText(const lookupcache::NativeText &text)
 // Whether key is the text of place (lexically normal, with no trailing separator), however it is spelled.
 bool samePlace(const lookupcache::NativeText &key, const std::filesystem::path &place)
 {
+    // The last name tells most texts apart without a look at the rest.
+    std::size_t end = key.size();
+    while (end > 1 && isSeparator(key[end - 1]))
+        --end;
+    std::size_t start = end;
+    while (start > 0 && !isSeparator(key[start - 1]))
+        --start;
+    const auto last = std::basic_string_view<lookupcache::NativeText::value_type>(key).substr(start, end - start);
+    const bool dots = last.size() <= 2 && last.find_first_not_of('.') == last.npos;
+    const auto &placeText = place.native();
+    if (!dots
+        && (placeText.size() < last.size()
+            || placeText.compare(placeText.size() - last.size(), last.size(), last) != 0))
+        return false;
     if (plainText(key)) {
         std::size_t size = key.size();
         if (size > 1 && isSeparator(key[size - 1]))
@@ -713,9 +727,16 @@ WildcardPattern::WildcardPattern(std::u16string_view pattern)
                && std::all_of(m_items.begin() + 1, m_items.end(), literal)) {
         // A star before a point stops at the name's last point, which is where such an ending starts anyway.
         m_form = Form::Ending;
+    } else if (m_items.size() > 2 && m_items.back().token == WildcardToken::Star
+               && m_items[m_items.size() - 2].token == WildcardToken::DosDot
+               && std::all_of(m_items.begin(), m_items.end() - 2, literal)) {
+        // "texture.*": the name, then the end or a point and anything.
+        m_form = Form::NameAndAnyExtension;
     }
-    if (m_form == Form::Exact || m_form == Form::Ending) {
-        for (std::size_t i = m_form == Form::Ending ? 1 : 0; i < m_items.size(); ++i)
+    const std::size_t literalFrom = m_form == Form::Ending ? 1 : 0;
+    const std::size_t literalTo = m_form == Form::NameAndAnyExtension ? m_items.size() - 2 : m_items.size();
+    if (m_form == Form::Exact || m_form == Form::Ending || m_form == Form::NameAndAnyExtension) {
+        for (std::size_t i = literalFrom; i < literalTo; ++i)
             m_literal += m_items[i].ch;
     }
 }
@@ -735,6 +756,10 @@ bool WildcardPattern::matches(std::u16string_view name) const
         return name.size() == m_literal.size() && endsLike(0);
     case Form::Ending:
         return name.size() >= m_literal.size() && endsLike(name.size() - m_literal.size());
+    case Form::NameAndAnyExtension:
+        return name.size() >= m_literal.size() && (name.size() == m_literal.size() || name[m_literal.size()] == u'.')
+            && std::equal(m_literal.begin(), m_literal.end(), name.begin(),
+                          [](char16_t wanted, char16_t ch) { return foldNameChar(ch) == wanted; });
     case Form::General:
         break;
     }

@@ -120,13 +120,15 @@ public:
     bool matches(std::u16string_view name) const;
 
 private:
-    // Most patterns are "*", a plain name or "*" before a plain ending: those need no matcher.
+    // Most patterns are "*", a plain name, "*" before a plain ending or a plain name before ".*": those need
+    // no matcher.
     enum class Form
     {
         General,
         Any,
         Exact,
         Ending,
+        NameAndAnyExtension,
     };
 
     std::vector<PatternItem> m_items;

@@ -62,6 +62,12 @@ TEST(FileLookup, WildcardRules)
         {u"texture.*", u"texture.a.b", true},
         {u"texture.*", u"textures", false},
         {u"texture.*", u"texture_old", false},
+        {u"a.b.*", u"A.B", true},
+        {u"a.b.*", u"a.bc", false},
+        {u"a.b.*", u"a.b.", true},
+        {u"*bmp", u"x.bmp", true},
+        {u"*bmp", u"bm", false},
+        {u"abc", u"abcd", false},
         {u"texture.", u"texture", true},
         {u"texture.", u"texture.x", false},
         // "*." is a name without a point.
