@@ -15,6 +15,8 @@
 #ifndef _WIN32
 #include <cerrno>
 #include <dirent.h>
+#include <fcntl.h>
+#include <unistd.h>
 #endif
 
 namespace fleetwright::platform {
@@ -209,6 +211,35 @@ std::shared_ptr<const lookupcache::Listing> listFolder(const lookupcache::Native
     const lookupcache::NativeText &listedFolder = folder.empty() ? lookupcache::NativeText(1, '.') : folder;
 #ifndef _WIN32
     // The names and kinds come straight from the system: a path object per entry costs more than the listing.
+    const auto add = [&](std::string_view name, unsigned char type) {
+        if (name == "." || name == "..")
+            return;
+        lookupcache::ListedEntry &entry = listed->entries.emplace_back();
+        entry.name = name;
+        entry.wide = wideOf(entry.name);
+        entry.type = typeOf(type);
+    };
+#ifdef __linux__
+    // opendir takes a buffer of 32 KiB from the heap for every folder, and each such request makes the
+    // allocator tidy up its small blocks first: one buffer serves every listing of the thread.
+    const int fd = ::open(listedFolder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    listed->opened = fd >= 0;
+    if (fd >= 0) {
+        thread_local std::vector<std::uint64_t> buffer(4096);
+        char *const bytes = reinterpret_cast<char *>(buffer.data());
+        for (;;) {
+            const ssize_t got = ::getdents64(fd, bytes, buffer.size() * sizeof(std::uint64_t));
+            if (got <= 0)
+                break; // the end, or the first error
+            for (ssize_t at = 0; at < got;) {
+                const auto *found = reinterpret_cast<const struct dirent64 *>(bytes + at);
+                add(found->d_name, found->d_type);
+                at += found->d_reclen;
+            }
+        }
+        ::close(fd);
+    }
+#else
     DIR *dir = opendir(listedFolder.c_str());
     listed->opened = dir != nullptr;
     while (dir) {
@@ -216,16 +247,11 @@ std::shared_ptr<const lookupcache::Listing> listFolder(const lookupcache::Native
         const dirent *found = readdir(dir);
         if (!found)
             break;
-        const std::string_view name(found->d_name);
-        if (name == "." || name == "..")
-            continue;
-        lookupcache::ListedEntry &entry = listed->entries.emplace_back();
-        entry.name = name;
-        entry.wide = wideOf(entry.name);
-        entry.type = typeOf(found->d_type);
+        add(found->d_name, found->d_type);
     }
     if (dir)
         closedir(dir);
+#endif
 #else
     std::error_code error;
     std::filesystem::directory_iterator it(listedFolder, error);
