@@ -129,7 +129,20 @@ private:
 };
 
 // What the open snapshot has seen, by the path's text as it was asked for.
-template<typename Value> using ByNative = std::unordered_map<lookupcache::NativeText, Value>;
+// The paths that one operation asks about share a long start and differ towards their end: their hash is
+// taken of the length and the last characters alone.
+struct PathTextHash
+{
+    template<typename Text> std::size_t operator()(const Text &text) const
+    {
+        constexpr std::size_t TAIL = 24;
+        const std::basic_string_view<typename Text::value_type> view(text);
+        const auto tail = view.substr(view.size() > TAIL ? view.size() - TAIL : 0);
+        return std::hash<std::basic_string_view<typename Text::value_type>>()(tail)
+            ^ (view.size() * 0x9E3779B97F4A7C15ull);
+    }
+};
+template<typename Value> using ByNative = std::unordered_map<lookupcache::NativeText, Value, PathTextHash>;
 // The standard comparison of wide texts goes character by character; the keys here are long paths.
 struct SameWideText
 {
@@ -138,8 +151,7 @@ struct SameWideText
         return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(char16_t)) == 0;
     }
 };
-template<typename Value>
-using ByWide = std::unordered_map<std::u16string, Value, std::hash<std::u16string>, SameWideText>;
+template<typename Value> using ByWide = std::unordered_map<std::u16string, Value, PathTextHash, SameWideText>;
 using Resolved = std::optional<std::filesystem::path>;
 
 struct Snapshot
