@@ -187,31 +187,26 @@ bool GrowingTextSearch::contains(std::u16string_view text, std::u16string_view p
 {
     if (part.size() < 2)
         return part.empty() || text.find(part.front()) != std::u16string_view::npos;
-    const auto pairAt = [&](std::u16string_view in, std::size_t at) {
-        return static_cast<std::uint32_t>(in[at]) << 16 | in[at + 1];
+    const auto bucketAt = [](std::u16string_view in, std::size_t at) {
+        const std::uint32_t pair = static_cast<std::uint32_t>(in[at]) << 16 | in[at + 1];
+        return (pair * 2654435761u) >> 22; // the top ten bits: one of BUCKETS
     };
-    if (text.size() < m_indexed) {
-        m_pairs.clear();
+    if (text.size() < m_indexed || m_last.empty()) {
+        m_last.assign(BUCKETS, 0);
+        m_before.clear();
         m_indexed = 0;
     }
-    for (; m_indexed + 1 < text.size(); ++m_indexed)
-        m_pairs[pairAt(text, m_indexed)].push_back(static_cast<std::uint32_t>(m_indexed));
-    // The pair of part that stands in the fewest places: part can only start that far in front of one of them.
-    const std::vector<std::uint32_t> *fewest = nullptr;
-    std::size_t offset = 0;
-    for (std::size_t i = 0; i + 1 < part.size(); ++i) {
-        const auto places = m_pairs.find(pairAt(part, i));
-        if (places == m_pairs.end())
-            return false;
-        if (!fewest || places->second.size() < fewest->size()) {
-            fewest = &places->second;
-            offset = i;
-        }
+    for (; m_indexed + 1 < text.size(); ++m_indexed) {
+        std::uint32_t &last = m_last[bucketAt(text, m_indexed)];
+        m_before.push_back(last);
+        last = static_cast<std::uint32_t>(m_indexed + 1);
     }
-    return std::any_of(fewest->begin(), fewest->end(), [&](std::uint32_t at) {
-        return at >= offset && text.size() - (at - offset) >= part.size()
-            && text.compare(at - offset, part.size(), part) == 0;
-    });
+    for (std::uint32_t place = m_last[bucketAt(part, 0)]; place != 0; place = m_before[place - 1]) {
+        const std::size_t at = place - 1;
+        if (text.size() - at >= part.size() && text.compare(at, part.size(), part) == 0)
+            return true;
+    }
+    return false;
 }
 
 std::u16string LCase(std::u16string_view text)

@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 namespace fleetwright {
@@ -33,7 +32,11 @@ public:
     bool contains(std::u16string_view text, std::u16string_view part);
 
 private:
-    std::unordered_map<std::uint32_t, std::vector<std::uint32_t>> m_pairs;
+    static constexpr std::size_t BUCKETS = 1024;
+    // The places where a pair of characters starts, chained by the pair's bucket: one more than the last
+    // place of each bucket, and for each place one more than the place before it in its bucket (0: none).
+    std::vector<std::uint32_t> m_last;
+    std::vector<std::uint32_t> m_before;
     std::size_t m_indexed = 0; // the pairs that start before this place are known
 };
 

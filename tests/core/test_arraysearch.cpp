@@ -1,3 +1,4 @@
+#include <random>
 #include <string>
 #include <vector>
 
@@ -6,6 +7,7 @@
 #include "core/arraysearch.h"
 #include "platform/utf8.h"
 
+using fleetwright::GrowingTextSearch;
 using fleetwright::IsInArrayLower;
 using fleetwright::IsInArrayUpper;
 using fleetwright::isNumericText;
@@ -119,4 +121,31 @@ TEST(IsInArray, MatchesWholeElementsAndLeavesTheValueFolded)
         EXPECT_EQ(found, row.found);
         EXPECT_EQ(value, row.valueAfter);
     }
+}
+
+TEST(GrowingTextSearch, FindsWhatFindFindsAsTheTextGrows)
+{
+    // Rows of a small alphabet, so that pairs repeat and parts are often found and often not.
+    std::mt19937 random(7);
+    const auto word = [&](std::size_t length) {
+        std::u16string text;
+        for (std::size_t i = 0; i < length; ++i)
+            text += static_cast<char16_t>(u"abc\u00E9\u0100\u0161"[random() % 6]);
+        return text;
+    };
+    GrowingTextSearch search;
+    std::u16string text;
+    int found = 0;
+    for (int row = 0; row < 300; ++row) {
+        const std::u16string part = word(random() % 6);
+        const bool expected = text.find(part) != std::u16string::npos;
+        EXPECT_EQ(search.contains(text, part), expected) << row;
+        found += expected ? 1 : 0;
+        text += part + u"\u00A6";
+    }
+    EXPECT_GT(found, 50);
+    EXPECT_LT(found, 290);
+    // A text that starts again from nothing is indexed anew.
+    EXPECT_FALSE(search.contains(u"xy", u"ab"));
+    EXPECT_TRUE(search.contains(u"xyab", u"ab"));
 }
