@@ -36,9 +36,12 @@ char16_t sep()
 
 std::u16string joinPath(const std::u16string &folder, const std::u16string &name)
 {
-    if (!folder.empty() && folder.back() == sep())
-        return folder + name;
-    return folder + sep() + name;
+    std::u16string path;
+    path.reserve(folder.size() + 1 + name.size());
+    path += folder;
+    if (path.empty() || path.back() != sep())
+        path += sep();
+    return path += name;
 }
 
 // What a report row shows of a native path: "\" between the parts on every platform.

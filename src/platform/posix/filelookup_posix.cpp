@@ -108,31 +108,47 @@ std::optional<fs::path> resolveBelow(const fs::path &current, const std::vector<
     return std::nullopt;
 }
 
-// The names of a wildcard lookup, in listing order.
-lookupcache::Names lookupNames(const fs::path &wildcardPath, LookupKind kind)
+// Most lookups find nothing: they share one empty list.
+lookupcache::Names noNames()
 {
-    auto names = std::make_shared<std::vector<std::u16string>>();
-    const std::optional<std::u16string> pattern = wideName(wildcardPath.filename());
-    if (!pattern || pattern->empty())
-        return names;
-    std::string listed = ".";
-    if (const fs::path folder = wildcardPath.parent_path(); !folder.empty()) {
-        const std::optional<fs::path> resolved = FileLookup::resolve(folder);
-        if (!resolved)
-            return names;
-        listed = resolved->native();
-    }
-    const auto entries = lookupcache::listing(listed);
-    const WildcardPattern matcher(*pattern);
+    static const lookupcache::Names none = std::make_shared<const std::vector<std::u16string>>();
+    return none;
+}
+
+// The names in a listing of folder that match pattern and are of kind, in listing order.
+lookupcache::Names matchingNames(const std::string &folder, const std::shared_ptr<const lookupcache::Listing> &entries,
+                                 std::u16string_view pattern, LookupKind kind)
+{
+    std::vector<std::u16string> names;
+    const WildcardPattern matcher(pattern);
     for (const std::uint32_t index : entries->sorted) {
         const lookupcache::ListedEntry &entry = entries->entries[index];
         if (!matcher.matches(*entry.wide))
             continue;
         std::error_code statusError;
-        if (isKind(lookupcache::statusOf(listed, entry, statusError), kind))
-            names->push_back(*entry.wide);
+        if (isKind(lookupcache::statusOf(folder, entry, statusError), kind)) {
+            if (names.empty())
+                names.reserve(entries->sorted.size());
+            names.push_back(*entry.wide);
+        }
     }
-    return names;
+    return names.empty() ? noNames() : std::make_shared<const std::vector<std::u16string>>(std::move(names));
+}
+
+// The names of a wildcard lookup, in listing order.
+lookupcache::Names lookupNames(const fs::path &wildcardPath, LookupKind kind)
+{
+    const std::optional<std::u16string> pattern = wideName(wildcardPath.filename());
+    if (!pattern || pattern->empty())
+        return noNames();
+    std::string listed = ".";
+    if (const fs::path folder = wildcardPath.parent_path(); !folder.empty()) {
+        const std::optional<fs::path> resolved = FileLookup::resolve(folder);
+        if (!resolved)
+            return noNames();
+        listed = resolved->native();
+    }
+    return matchingNames(listed, lookupcache::listing(listed), *pattern, kind);
 }
 
 // Whether a folder on the way to folder (a path as resolve gives it) holds another entry named like the one
@@ -305,21 +321,10 @@ lookupcache::Names namesInEntryFolder(const std::u16string &wildcardPath, Lookup
     const std::optional<fs::path> *folder = resolveKept(wildcardPath.substr(0, slash));
     if (!folder)
         return nullptr;
-    auto names = std::make_shared<std::vector<std::u16string>>();
     if (!*folder)
-        return names;
+        return noNames();
     const std::string &listed = (*folder)->native();
-    const auto entries = lookupcache::listing(listed);
-    const WildcardPattern matcher(pattern);
-    for (const std::uint32_t index : entries->sorted) {
-        const lookupcache::ListedEntry &entry = entries->entries[index];
-        if (!matcher.matches(*entry.wide))
-            continue;
-        std::error_code statusError;
-        if (isKind(lookupcache::statusOf(listed, entry, statusError), kind))
-            names->push_back(*entry.wide);
-    }
-    return names;
+    return matchingNames(listed, lookupcache::listing(listed), pattern, kind);
 }
 
 } // namespace
