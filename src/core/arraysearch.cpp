@@ -1,6 +1,7 @@
 #include "core/arraysearch.h"
 
 #include <algorithm>
+#include <cstring>
 #include <string_view>
 
 #include "platform/filelookup.h"
@@ -193,17 +194,29 @@ bool GrowingTextSearch::contains(std::u16string_view text, std::u16string_view p
     };
     if (text.size() < m_indexed || m_last.empty()) {
         m_last.assign(BUCKETS, 0);
+        m_count.assign(BUCKETS, 0);
         m_before.clear();
         m_indexed = 0;
     }
     for (; m_indexed + 1 < text.size(); ++m_indexed) {
-        std::uint32_t &last = m_last[bucketAt(text, m_indexed)];
-        m_before.push_back(last);
-        last = static_cast<std::uint32_t>(m_indexed + 1);
+        const std::uint32_t bucket = bucketAt(text, m_indexed);
+        m_before.push_back(m_last[bucket]);
+        m_last[bucket] = static_cast<std::uint32_t>(m_indexed + 1);
+        ++m_count[bucket];
     }
-    for (std::uint32_t place = m_last[bucketAt(part, 0)]; place != 0; place = m_before[place - 1]) {
-        const std::size_t at = place - 1;
-        if (text.size() - at >= part.size() && text.compare(at, part.size(), part) == 0)
+    // Part can only start that far in front of a place of its rarest pair.
+    std::size_t offset = 0;
+    for (std::size_t i = 1; i + 1 < part.size(); ++i) {
+        if (m_count[bucketAt(part, i)] < m_count[bucketAt(part, offset)])
+            offset = i;
+    }
+    for (std::uint32_t place = m_last[bucketAt(part, offset)]; place != 0; place = m_before[place - 1]) {
+        const std::size_t pairAt = place - 1;
+        if (pairAt < offset || text[pairAt] != part[offset] || text[pairAt + 1] != part[offset + 1])
+            continue;
+        const std::size_t at = pairAt - offset;
+        if (text.size() - at >= part.size()
+            && std::memcmp(text.data() + at, part.data(), part.size() * sizeof(char16_t)) == 0)
             return true;
     }
     return false;

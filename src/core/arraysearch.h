@@ -36,6 +36,7 @@ private:
     // The places where a pair of characters starts, chained by the pair's bucket: one more than the last
     // place of each bucket, and for each place one more than the place before it in its bucket (0: none).
     std::vector<std::uint32_t> m_last;
+    std::vector<std::uint32_t> m_count; // places in each bucket
     std::vector<std::uint32_t> m_before;
     std::size_t m_indexed = 0; // the pairs that start before this place are known
 };
