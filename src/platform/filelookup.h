@@ -55,6 +55,8 @@ public:
     static bool exists(const std::u16string &path, LookupKind kind = LookupKind::Files);
     // Whether the folder at folder, a path as resolve gives it, can be opened for listing.
     static bool canList(const std::filesystem::path &folder);
+    // The same for a folder in the engine's text, found as resolve finds it; false when it finds none.
+    static bool canList(const std::u16string &folder);
     // Whether the entry at path (taken as it stands) can be looked at and is no symbolic link.
     static bool isNotLink(const std::filesystem::path &path);
 

@@ -178,10 +178,9 @@ int modelFileState(const std::u16string &folder, std::u16string normal)
 
 std::vector<std::u16string> subfolderNames(const std::u16string &folder, const std::u16string &procedure)
 {
-    const auto resolved = FileLookup::resolve(folder);
-    if (!resolved || !FileLookup::exists(folder, LookupKind::Folders))
+    if (!FileLookup::exists(folder, LookupKind::Folders))
         throw RuntimeError(76, u"Path not found", procedure);
-    if (!FileLookup::canList(*resolved))
+    if (!FileLookup::canList(folder))
         throw RuntimeError(70, u"Permission denied", procedure);
     return FileLookup(joinPath(folder, u"*"), LookupKind::Folders).names();
 }

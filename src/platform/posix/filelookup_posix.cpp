@@ -354,6 +354,14 @@ bool FileLookup::exists(const fs::path &path, LookupKind kind)
     return resolved && isKind(lookupcache::status(resolved->native(), error), kind);
 }
 
+bool FileLookup::canList(const std::u16string &folder)
+{
+    if (const std::optional<fs::path> *kept = resolveKept(folder))
+        return *kept && canList(**kept);
+    const std::optional<fs::path> resolved = resolve(folder);
+    return resolved && canList(*resolved);
+}
+
 bool FileLookup::exists(const std::u16string &path, LookupKind kind)
 {
     const std::optional<fs::path> *kept = resolveKept(path);

@@ -67,6 +67,12 @@ std::optional<fs::path> FileLookup::resolve(const std::u16string &path)
     return resolve(pathOf(path));
 }
 
+bool FileLookup::canList(const std::u16string &folder)
+{
+    const std::optional<fs::path> resolved = resolve(folder);
+    return resolved && canList(*resolved);
+}
+
 bool FileLookup::exists(const std::u16string &path, LookupKind kind)
 {
     return exists(pathOf(path), kind);
