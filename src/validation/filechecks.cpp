@@ -176,13 +176,13 @@ int modelFileState(const std::u16string &folder, std::u16string normal)
     return FileLookup::findFile(joinPath(folder, simfiles::nativeSeparators(normal))) ? StatePresent : StateMissing;
 }
 
-std::vector<std::u16string> subfolderNames(const std::u16string &folder, const std::u16string &procedure)
+FileLookup subfolderNames(const std::u16string &folder, const std::u16string &procedure)
 {
     if (!FileLookup::exists(folder, LookupKind::Folders))
         throw RuntimeError(76, u"Path not found", procedure);
     if (!FileLookup::canList(folder))
         throw RuntimeError(70, u"Permission denied", procedure);
-    return FileLookup(joinPath(folder, u"*"), LookupKind::Folders).names();
+    return FileLookup(joinPath(folder, u"*"), LookupKind::Folders);
 }
 
 // AnalyzeTextureFolder and AnalyzeModelFolder: every folder below folder, parent before child, as the pair
@@ -203,7 +203,8 @@ void analyzeFolder(const std::u16string &folder, const std::u16string &mask, std
     };
     std::vector<Pending> pending;
     auto pushChildren = [&](const std::u16string &parent, std::size_t depth) {
-        const std::vector<std::u16string> names = subfolderNames(parent, procedure);
+        const FileLookup subfolders = subfolderNames(parent, procedure);
+        const std::vector<std::u16string> &names = subfolders.names();
         for (auto it = names.rbegin(); it != names.rend(); ++it)
             pending.push_back({joinPath(parent, *it), depth});
     };

@@ -139,8 +139,8 @@ void FindEmptyFolders(const std::u16string &path, const std::u16string &EmptyFol
             continue; // unreadable: passed over as the walk ignores its errors
         inside.push_back({*resolved, canonical});
         const std::u16string pattern = item.path + (item.path.back() == sep ? u"" : std::u16string(1, sep)) + u"*";
-        const std::vector<std::u16string> subfolders =
-            platform::FileLookup(pattern, platform::LookupKind::Folders).names();
+        const platform::FileLookup lookup(pattern, platform::LookupKind::Folders);
+        const std::vector<std::u16string> &subfolders = lookup.names();
         if (!subfolders.empty()) {
             for (auto it = subfolders.rbegin(); it != subfolders.rend(); ++it)
                 pending.push_back(

@@ -178,9 +178,14 @@ TEST(LookupSnapshot, TheEngineTextGetsThePathsAnswers)
         u"aircraft/missing/model",
         u"aircraft/plane/model/",
     };
-    const std::u16string patterns[] = {u"aircraft/plane/texture.klm/*", u"aircraft/plane/*",
-                                       u"aircraft/plane/texture.*",     u"aircraft/plane/*.air",
-                                       u"aircraft/plane/model./*.cfg",  u"aircraft/nothing/*"};
+    const std::u16string patterns[] = {u"aircraft/plane/texture.klm/*",
+                                       u"aircraft/plane/*",
+                                       u"aircraft/plane/texture.*",
+                                       u"aircraft/plane/*.air",
+                                       u"aircraft/plane/model./*.cfg",
+                                       u"aircraft/./plane/../PLANE/*",
+                                       u"aircraft//plane/*",
+                                       u"aircraft/nothing/*"};
     const LookupKind kinds[] = {LookupKind::Files, LookupKind::Folders, LookupKind::FilesAndFolders};
     const LookupSnapshot snapshot;
     for (int round = 0; round < 2; ++round) {

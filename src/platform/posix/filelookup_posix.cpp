@@ -311,8 +311,9 @@ const std::optional<fs::path> *resolveKept(const std::u16string &text)
 lookupcache::Names namesInEntryFolder(const std::u16string &wildcardPath, LookupKind kind)
 {
     const std::size_t slash = wildcardPath.rfind(u'/');
-    if (slash == std::u16string::npos || slash == 0 || slash + 1 == wildcardPath.size()
-        || !normalText(std::u16string_view(wildcardPath).substr(0, slash)))
+    // The folder part is what parent_path leaves, and resolve takes it in any form.
+    if (slash == std::u16string::npos || slash == 0 || wildcardPath[slash - 1] == u'/'
+        || slash + 1 == wildcardPath.size())
         return nullptr;
     const std::u16string_view pattern = std::u16string_view(wildcardPath).substr(slash + 1);
     // A lone surrogate makes no path: such a text takes the long way, which fails on it.
