@@ -7,6 +7,7 @@
 
 #include "core/clsinifile.h"
 #include "core/dialogs.h"
+#include "platform/codepage.h"
 #include "platform/filelookup.h"
 #include "platform/utf8.h"
 #include "validation/reportwriter.h"
@@ -114,7 +115,7 @@ BatchResult runBatchValidation(const BatchInput &input, clsIniFile &AircraftIni,
         }
         BatchFolder &done = result.folders.emplace_back();
         done.folder = joined(input.BatchRoot, names[i]);
-        std::u16string text;
+        std::string text; // what the folder adds to the report, in the code page
         skippingErrors(result.skippedErrors, [&] {
             const ValidationFeed feed = input.loadFolder ? input.loadFolder(done.folder)
                                                          : feedValidationFromFolder(done.folder, AircraftIni, dialogs);
@@ -144,7 +145,7 @@ BatchResult runBatchValidation(const BatchInput &input, clsIniFile &AircraftIni,
             // The file is read whether or not this run wrote it: a run that wrote nothing passes on the last
             // report there is, as the batch always did.
             if (!input.errorsOnly || done.ReportHasErrors)
-                text = readReportText(fs::path(singleReport));
+                text = readReportBytes(fs::path(singleReport));
         });
         deleteFolderReport(done.folder, result.skippedErrors);
         if (snapshot) {
@@ -156,9 +157,9 @@ BatchResult runBatchValidation(const BatchInput &input, clsIniFile &AircraftIni,
                 LookupSnapshot::forgetBelow(absolute);
         }
         if (!done.BatchFailureText.empty())
-            text = framed(done.BatchFailureText + done.folder + u" *");
+            text = platform::toCodePage(framed(done.BatchFailureText + done.folder + u" *"));
         done.inReport = !text.empty();
-        skippingErrors(result.skippedErrors, [&] { appendReportText(reportFile, text, PROCEDURE); });
+        skippingErrors(result.skippedErrors, [&] { appendReportBytes(reportFile, text, PROCEDURE); });
         if (input.progress)
             input.progress({i + 1, names.size(), &done});
     }

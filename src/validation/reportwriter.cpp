@@ -85,15 +85,14 @@ void writeReportFile(const fs::path &path, const std::vector<std::u16string> &li
     writeBytes(path, platform::toCodePage(text), false, procedure);
 }
 
-void appendReportText(const fs::path &path, std::u16string_view text, const std::u16string &procedure)
+void appendReportBytes(const fs::path &path, const std::string &bytes, const std::u16string &procedure)
 {
-    writeBytes(path, platform::toCodePage(text), true, procedure);
+    writeBytes(path, bytes, true, procedure);
 }
 
-std::u16string readReportText(const fs::path &path)
+std::string readReportBytes(const fs::path &path)
 {
-    const std::optional<std::string> bytes = platform::readWholeFile(path);
-    return bytes ? platform::fromCodePage(*bytes) : std::u16string();
+    return platform::readWholeFile(path).value_or(std::string());
 }
 
 void FindEmptyFolders(const std::u16string &path, const std::u16string &EmptyFolderRoot,

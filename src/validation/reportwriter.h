@@ -24,13 +24,14 @@ std::u16string reportStars(std::u16string_view header);
 std::u16string reportRule(std::u16string_view header);
 
 // Text files of the reports: Windows-1252, every line closed by CR LF. writeReportFile creates or empties
-// the file, appendReportFile adds to its end (creating it); both throw RuntimeError 75 (path/file access
+// the file, appendReportBytes adds to its end (creating it); both throw RuntimeError 75 (path/file access
 // error) naming procedure when the file cannot be opened for output.
 void writeReportFile(const std::filesystem::path &path, const std::vector<std::u16string> &lines,
                      const std::u16string &procedure);
-void appendReportText(const std::filesystem::path &path, std::u16string_view text, const std::u16string &procedure);
-// The whole text of a report file, CR LF kept; empty when it cannot be read.
-std::u16string readReportText(const std::filesystem::path &path);
+void appendReportBytes(const std::filesystem::path &path, const std::string &bytes, const std::u16string &procedure);
+// The whole of a report file as it stands, CR LF kept; empty when it cannot be read. The batch passes a
+// folder's report on as bytes: read into text and written back, every byte of the code page comes out as it went in.
+std::string readReportBytes(const std::filesystem::path &path);
 
 // The search for folders without any content below (and including) path. Each one found adds the row
 // "..\" + its path from character EmptyFolderRoot.size() + 1 on, with "\" between the parts, to
