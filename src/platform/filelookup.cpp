@@ -701,18 +701,25 @@ void LookupSnapshot::forgetBelow(const std::filesystem::path &folder)
     while (prefix.size() > 1 && isSeparator(prefix.back()))
         prefix.pop_back();
     std::optional<std::u16string> widePrefix = wideOf(prefix);
-    // Keys hold the path as it was asked for, so any spelling of the folder counts.
-    const auto inside = [](const auto &key, const auto &start) {
-        const auto fold = [](auto ch) { return ch >= 'a' && ch <= 'z' ? ch - ('a' - 'A') : ch; };
-        if (key.size() < start.size())
+    // Keys hold the path as it was asked for, so any spelling of the folder counts, with either separator in
+    // the engine's text.
+    const auto inside = [](const auto &key, const auto &start, auto separator) {
+        if (key.size() < start.size() || (key.size() > start.size() && !separator(key[start.size()])))
             return false;
+        if (std::equal(start.begin(), start.end(), key.begin()))
+            return true;
+        const auto fold = [](auto ch) { return ch >= 'a' && ch <= 'z' ? ch - ('a' - 'A') : ch; };
         for (std::size_t i = 0; i < start.size(); ++i) {
-            if (fold(key[i]) != fold(start[i]))
+            if (fold(key[i]) != fold(start[i]) && !(separator(key[i]) && separator(start[i])))
                 return false;
         }
-        return key.size() == start.size() || isSeparator(key[start.size()]);
+        return true;
     };
-    const auto insideNative = [&](const auto &entry) { return inside(entry.first, prefix); };
+    const auto nativeSeparator = [](lookupcache::NativeText::value_type ch) { return isSeparator(ch); };
+    const auto wideSeparator = [](char16_t ch) {
+        return ch == u'/' || ch == u'\\' || ch == static_cast<char16_t>(std::filesystem::path::preferred_separator);
+    };
+    const auto insideNative = [&](const auto &entry) { return inside(entry.first, prefix, nativeSeparator); };
     std::erase_if(openSnapshot->listings, insideNative);
     std::erase_if(openSnapshot->statuses, insideNative);
     std::erase_if(openSnapshot->notLinks, insideNative);
@@ -726,12 +733,7 @@ void LookupSnapshot::forgetBelow(const std::filesystem::path &folder)
             byKind.clear();
         return;
     }
-    const auto insideWide = [&](const auto &entry) {
-        // The engine's text may name the folder with either separator.
-        std::u16string key = entry.first;
-        std::replace(key.begin(), key.end(), u'\\', static_cast<char16_t>(std::filesystem::path::preferred_separator));
-        return inside(key, *widePrefix);
-    };
+    const auto insideWide = [&](const auto &entry) { return inside(entry.first, *widePrefix, wideSeparator); };
     std::erase_if(openSnapshot->wideResolves, insideWide);
     for (auto &byKind : openSnapshot->wideNames)
         std::erase_if(byKind, insideWide);
