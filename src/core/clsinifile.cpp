@@ -96,9 +96,15 @@ ProfileDocument *clsIniFile::document()
     return &cache.document;
 }
 
+void clsIniFile::setSection(const std::u16string &section)
+{
+    m_section = section;
+    m_sectionBytes = platform::toCodePage(section);
+}
+
 std::u16string clsIniFile::Value()
 {
-    const auto value = document()->value(platform::toCodePage(m_section), platform::toCodePage(m_key));
+    const auto value = document()->value(m_sectionBytes, platform::toCodePage(m_key));
     if (!value)
         return {};
     return platform::fromCodePage(std::string_view(*value).substr(0, VALUE_LIMIT));
@@ -161,7 +167,7 @@ void clsIniFile::writeEntry(const std::string *key, const std::string *value)
     ProfileDocument *doc = document();
     if (!doc->isWritable())
         return;
-    const std::string section = platform::toCodePage(m_section);
+    const std::string section = m_sectionBytes;
     bool changed;
     if (!key)
         changed = doc->deleteSection(section);
@@ -201,7 +207,7 @@ void clsIniFile::flush()
 
 std::u16string clsIniFile::INISection()
 {
-    return platform::fromCodePage(document()->keyNameList(platform::toCodePage(m_section)));
+    return platform::fromCodePage(document()->keyNameList(m_sectionBytes));
 }
 
 std::u16string clsIniFile::Sections()

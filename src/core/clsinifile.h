@@ -37,7 +37,7 @@ public:
     const std::u16string &Key() const { return m_key; }
     void setKey(const std::u16string &key) { m_key = key; }
     const std::u16string &Section() const { return m_section; }
-    void setSection(const std::u16string &section) { m_section = section; }
+    void setSection(const std::u16string &section);
 
     // Value of Key in Section; empty when there is none. At most 4095 characters.
     std::u16string Value();
@@ -90,6 +90,7 @@ private:
     std::u16string m_path;
     std::u16string m_key;
     std::u16string m_section;
+    std::string m_sectionBytes;     // m_section in the code page, made once for the many reads of a section
     std::int32_t m_writeResult = 0; // kept like the original; nobody reads it
 
     struct Cache;

@@ -40,9 +40,9 @@ struct PatternItem
 
 namespace {
 
-std::vector<PatternItem> translate(std::u16string_view pattern)
+void translate(std::u16string_view pattern, std::vector<PatternItem> &items)
 {
-    std::vector<PatternItem> items;
+    items.clear();
     items.reserve(pattern.size());
     for (std::size_t i = 0; i < pattern.size(); ++i) {
         const char16_t ch = pattern[i];
@@ -56,7 +56,6 @@ std::vector<PatternItem> translate(std::u16string_view pattern)
         else
             items.push_back({WildcardToken::Literal, foldNameChar(ch)});
     }
-    return items;
 }
 
 class Matcher
@@ -755,30 +754,33 @@ std::uint64_t LookupSnapshot::generation()
 }
 
 WildcardPattern::WildcardPattern(std::u16string_view pattern)
-    : m_items(translate(pattern))
 {
+    // Only the general form keeps the translated pattern: the others read it once, from scratch space.
+    thread_local std::vector<PatternItem> items;
+    translate(pattern, items);
     const auto literal = [](const PatternItem &item) { return item.token == WildcardToken::Literal; };
-    if (m_items.size() == 1 && m_items.front().token == WildcardToken::Star) {
+    if (items.size() == 1 && items.front().token == WildcardToken::Star) {
         m_form = Form::Any;
-    } else if (!m_items.empty() && std::all_of(m_items.begin(), m_items.end(), literal)) {
+    } else if (!items.empty() && std::all_of(items.begin(), items.end(), literal)) {
         m_form = Form::Exact;
-    } else if (m_items.size() > 1
-               && (m_items.front().token == WildcardToken::Star || m_items.front().token == WildcardToken::DosStar)
-               && std::all_of(m_items.begin() + 1, m_items.end(), literal)) {
+    } else if (items.size() > 1
+               && (items.front().token == WildcardToken::Star || items.front().token == WildcardToken::DosStar)
+               && std::all_of(items.begin() + 1, items.end(), literal)) {
         // A star before a point stops at the name's last point, which is where such an ending starts anyway.
         m_form = Form::Ending;
-    } else if (m_items.size() > 2 && m_items.back().token == WildcardToken::Star
-               && m_items[m_items.size() - 2].token == WildcardToken::DosDot
-               && std::all_of(m_items.begin(), m_items.end() - 2, literal)) {
+    } else if (items.size() > 2 && items.back().token == WildcardToken::Star
+               && items[items.size() - 2].token == WildcardToken::DosDot
+               && std::all_of(items.begin(), items.end() - 2, literal)) {
         // "texture.*": the name, then the end or a point and anything.
         m_form = Form::NameAndAnyExtension;
     }
     const std::size_t literalFrom = m_form == Form::Ending ? 1 : 0;
-    const std::size_t literalTo = m_form == Form::NameAndAnyExtension ? m_items.size() - 2 : m_items.size();
-    if (m_form == Form::Exact || m_form == Form::Ending || m_form == Form::NameAndAnyExtension) {
+    const std::size_t literalTo = m_form == Form::NameAndAnyExtension ? items.size() - 2 : items.size();
+    if (m_form == Form::General)
+        m_items = items;
+    else
         for (std::size_t i = literalFrom; i < literalTo; ++i)
-            m_literal += m_items[i].ch;
-    }
+            m_literal += items[i].ch;
 }
 
 WildcardPattern::~WildcardPattern() = default;
