@@ -220,16 +220,16 @@ void analyzeFolder(const std::u16string &folder, const std::u16string &mask, std
         inside.resize(item.depth);
         // A listed folder that its own path does not reach ("skin." is looked up as "skin") fails as the
         // folder object fails on it.
-        const std::optional<fs::path> found = FileLookup::resolve(item.path);
+        std::optional<fs::path> found = FileLookup::resolve(item.path);
         if (!found)
             throw RuntimeError(76, u"Path not found", procedure);
-        const fs::path &resolved = *found;
-        const fs::path canonical = platform::canonicalBelow(inside.back().resolved, inside.back().canonical, resolved);
+        fs::path &resolved = *found;
+        fs::path canonical = platform::canonicalBelow(inside.back().resolved, inside.back().canonical, resolved);
         if (std::any_of(inside.begin(), inside.end(),
                         [&](const Inside &above) { return above.canonical == canonical; }))
             throw RuntimeError(76, u"Path not found", procedure);
         FolderScanText += ListSeparator + item.path + ListSeparator + matchFlag(joinPath(item.path, mask));
-        inside.push_back({resolved, canonical});
+        inside.push_back({std::move(resolved), std::move(canonical)});
         pushChildren(item.path, item.depth + 1);
     }
 }

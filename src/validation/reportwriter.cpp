@@ -123,12 +123,12 @@ void FindEmptyFolders(const std::u16string &path, const std::u16string &EmptyFol
             // Whatever the events did, the disk may have changed since anything was looked at.
             platform::LookupSnapshot::forgetAll();
         }
-        const auto resolved = platform::FileLookup::resolve(item.path);
+        auto resolved = platform::FileLookup::resolve(item.path);
         if (!resolved || !platform::FileLookup::exists(item.path, platform::LookupKind::Folders))
             continue;
         inside.resize(item.depth);
         // After events anything may have moved: then every folder is looked at afresh.
-        const fs::path canonical = inside.empty() || yieldToEvents
+        fs::path canonical = inside.empty() || yieldToEvents
             ? platform::canonicalOf(*resolved)
             : platform::canonicalBelow(inside.back().resolved, inside.back().canonical, *resolved);
         if (std::any_of(inside.begin(), inside.end(),
@@ -136,7 +136,7 @@ void FindEmptyFolders(const std::u16string &path, const std::u16string &EmptyFol
             continue; // a link back into the walk
         if (!platform::FileLookup::canList(*resolved))
             continue; // unreadable: passed over as the walk ignores its errors
-        inside.push_back({*resolved, canonical});
+        inside.push_back({std::move(*resolved), std::move(canonical)});
         const std::u16string pattern = item.path + (item.path.back() == sep ? u"" : std::u16string(1, sep)) + u"*";
         const platform::FileLookup lookup(pattern, platform::LookupKind::Folders);
         const std::vector<std::u16string> &subfolders = lookup.names();
