@@ -163,6 +163,8 @@ struct Snapshot
     ByNative<Resolved> resolves;
     ByWide<Resolved> wideResolves;
     ByNative<bool> turns;
+    // canonicalOf's answers: the canonical form, or nothing where there is none.
+    ByNative<std::optional<std::filesystem::path>> canonicals;
     std::array<ByNative<lookupcache::Names>, 3> names;
     std::array<ByWide<lookupcache::Names>, 3> wideNames;
 
@@ -677,6 +679,9 @@ void LookupSnapshot::forget(const std::filesystem::path &path)
     };
     std::erase_if(openSnapshot->statuses, isRemoved);
     std::erase_if(openSnapshot->notLinks, isRemoved);
+    // A canonical form may run through the name only where the name is in the text.
+    std::erase_if(openSnapshot->canonicals,
+                  [&](const auto &entry) { return entry.first.find(removedName) != lookupcache::NativeText::npos; });
     openSnapshot->clearAnswers();
 }
 
@@ -688,6 +693,7 @@ void LookupSnapshot::forgetAll()
     openSnapshot->listings.clear();
     openSnapshot->statuses.clear();
     openSnapshot->notLinks.clear();
+    openSnapshot->canonicals.clear();
     openSnapshot->clearAnswers();
 }
 
@@ -724,6 +730,7 @@ void LookupSnapshot::forgetBelow(const std::filesystem::path &folder)
     std::erase_if(openSnapshot->notLinks, insideNative);
     std::erase_if(openSnapshot->resolves, insideNative);
     std::erase_if(openSnapshot->turns, insideNative);
+    std::erase_if(openSnapshot->canonicals, insideNative);
     for (auto &byKind : openSnapshot->names)
         std::erase_if(byKind, insideNative);
     if (!widePrefix) {
@@ -890,11 +897,63 @@ std::optional<std::filesystem::path> FileLookup::findFile(const std::u16string &
     return resolved;
 }
 
+namespace {
+
+// The plain name by which text goes on from folder ("folder/name"); nothing for other texts.
+std::optional<std::basic_string_view<lookupcache::NativeText::value_type>>
+nameBelow(const lookupcache::NativeText &folder, const lookupcache::NativeText &text)
+{
+    if (folder.empty() || isSeparator(folder.back()) || text.size() <= folder.size() + 1
+        || text.compare(0, folder.size(), folder) != 0 || !isSeparator(text[folder.size()]))
+        return std::nullopt;
+    const auto name = std::basic_string_view<lookupcache::NativeText::value_type>(text).substr(folder.size() + 1);
+    const bool dots = name.size() <= 2 && name.find_first_not_of('.') == name.npos;
+    if (dots || std::any_of(name.begin(), name.end(), [](auto ch) { return isSeparator(ch); }))
+        return std::nullopt;
+    return name;
+}
+
+std::filesystem::path joinedCanonical(const std::filesystem::path &folder,
+                                      std::basic_string_view<lookupcache::NativeText::value_type> name)
+{
+    lookupcache::NativeText text = folder.native();
+    if (!text.empty() && !isSeparator(text.back()))
+        text += std::filesystem::path::preferred_separator;
+    text += name;
+    return std::filesystem::path(std::move(text));
+}
+
+// The canonical form of path, nothing when it has none. In a snapshot the answer is kept, and a path that
+// goes on from its folder by a name that is no link takes the folder's answer: each folder on the way is
+// asked about once, not once per path below it.
+std::optional<std::filesystem::path> canonicalForm(const std::filesystem::path &path)
+{
+    if (openSnapshot) {
+        if (const auto known = openSnapshot->canonicals.find(path.native()); known != openSnapshot->canonicals.end())
+            return known->second;
+    }
+    std::optional<std::filesystem::path> found;
+    const std::filesystem::path folder = openSnapshot ? path.parent_path() : std::filesystem::path();
+    const auto name = nameBelow(folder.native(), path.native());
+    if (name && FileLookup::isNotLink(path)) {
+        if (const std::optional<std::filesystem::path> above = canonicalForm(folder))
+            found = joinedCanonical(*above, *name);
+    } else {
+        std::error_code error;
+        std::filesystem::path canonical = std::filesystem::canonical(path, error);
+        if (!error)
+            found = std::move(canonical);
+    }
+    if (openSnapshot)
+        openSnapshot->canonicals.emplace(path.native(), found);
+    return found;
+}
+
+} // namespace
+
 std::filesystem::path canonicalOf(const std::filesystem::path &path)
 {
-    std::error_code error;
-    std::filesystem::path canonical = std::filesystem::canonical(path, error);
-    return error ? path : canonical;
+    return canonicalForm(path).value_or(path);
 }
 
 std::filesystem::path canonicalBelow(const std::filesystem::path &parent, const std::filesystem::path &parentCanonical,
