@@ -75,7 +75,8 @@ struct ConfigReads
 {
     std::uint64_t generation = 0;
     std::set<fs::path::string_type> withoutMark; // ReadByteArray found nothing to rewrite
-    std::map<std::tuple<fs::path::string_type, std::u16string, std::u16string>, std::u16string> values;
+    // Looked up by views of the texts, so that a read that is known makes no copies.
+    std::map<std::tuple<fs::path::string_type, std::u16string, std::u16string>, std::u16string, std::less<>> values;
 };
 
 ConfigReads *configReads()
@@ -94,7 +95,9 @@ std::u16string ReadProfileValue(const std::u16string &section, const std::u16str
 {
     ConfigReads *reads = configReads();
     if (reads) {
-        const auto known = reads->values.find({file.native(), section, key});
+        const auto known = reads->values.find(
+            std::tuple<std::basic_string_view<fs::path::value_type>, std::u16string_view, std::u16string_view>(
+                file.native(), section, key));
         if (known != reads->values.end())
             return known->second;
     }
