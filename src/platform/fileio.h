@@ -38,6 +38,12 @@ bool isReadOnly(const std::filesystem::path &path);
 // Clears the read-only state (and on Windows the hidden and system attributes). False on failure.
 bool clearReadOnly(const std::filesystem::path &path);
 
+// Makes bytes the whole content of the file at path, creating it when missing; false when it cannot be
+// opened or written. An existing file is written over from its start and then cut to the new length, not
+// emptied first: ext4 pushes a file that was emptied and written again to the disk when it is closed (its
+// guard against a crash in between), which made a batch wait on the disk for every report it rewrote.
+bool writeFileInPlace(const std::filesystem::path &path, std::string_view bytes);
+
 // Replaces the content of path with bytes, never half-written: a temporary file in the same folder is
 // written, flushed and renamed over the old one. A symbolic link is followed, so the link stays a link and
 // its target gets the new bytes; the permissions of the old file are kept. A missing file is created.

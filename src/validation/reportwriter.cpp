@@ -30,7 +30,12 @@ std::u16string numberText(long long value)
 
 void writeBytes(const fs::path &path, const std::string &bytes, bool append, const std::u16string &procedure)
 {
-    std::ofstream out(path, std::ios::binary | (append ? std::ios::app : std::ios::trunc));
+    if (!append) {
+        if (!platform::writeFileInPlace(path, bytes))
+            throw RuntimeError(75, u"Path/File access error", procedure);
+        return;
+    }
+    std::ofstream out(path, std::ios::binary | std::ios::app);
     if (!out)
         throw RuntimeError(75, u"Path/File access error", procedure);
     out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));

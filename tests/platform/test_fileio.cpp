@@ -86,6 +86,22 @@ TEST(FileIo, ReadOnly)
     EXPECT_FALSE(clearReadOnly(dir / "missing.cfg"));
 }
 
+TEST(FileIo, WriteFileInPlace)
+{
+    TempDir dir;
+    const fs::path file = dir / "corvanecheck.log";
+    EXPECT_TRUE(writeFileInPlace(file, "a longer first report\r\n"));
+    EXPECT_EQ(readBytes(file), "a longer first report\r\n");
+    const FileIdentity first = fileIdentity(file);
+    EXPECT_TRUE(writeFileInPlace(file, "short\r\n"));
+    EXPECT_EQ(readBytes(file), "short\r\n") << "nothing of the longer content is left behind";
+    EXPECT_EQ(fileIdentity(file).fileId, first.fileId) << "written over, not replaced";
+    EXPECT_TRUE(writeFileInPlace(file, ""));
+    EXPECT_EQ(readBytes(file), "");
+    EXPECT_FALSE(writeFileInPlace(dir.path(), "x"));
+    EXPECT_FALSE(writeFileInPlace(dir / "missing" / "report.log", "x"));
+}
+
 TEST(FileIo, ReplaceFileAtomically)
 {
     TempDir dir;

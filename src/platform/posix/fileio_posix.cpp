@@ -203,6 +203,24 @@ bool clearReadOnly(const std::filesystem::path &path)
     return ::chmod(path.c_str(), (info.st_mode & 07777) | S_IWUSR) == 0;
 }
 
+bool writeFileInPlace(const std::filesystem::path &path, std::string_view bytes)
+{
+    const int fd = openRetrying(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
+    if (fd < 0)
+        return false;
+    bool ok = true;
+    for (std::size_t written = 0; ok && written < bytes.size();) {
+        const ssize_t put = ::write(fd, bytes.data() + written, bytes.size() - written);
+        if (put < 0 && errno == EINTR)
+            continue;
+        ok = put > 0;
+        if (ok)
+            written += static_cast<std::size_t>(put);
+    }
+    ok = ok && ::ftruncate(fd, static_cast<off_t>(bytes.size())) == 0;
+    return ::close(fd) == 0 && ok;
+}
+
 bool replaceFileAtomically(const std::filesystem::path &path, std::string_view bytes)
 {
     const std::optional<std::filesystem::path> resolved = followLinks(path);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <fstream>
 #include <string>
 #include <utility>
 #include <windows.h>
@@ -186,6 +187,17 @@ bool clearReadOnly(const std::filesystem::path &path)
     if (cleared == 0)
         cleared = FILE_ATTRIBUTE_NORMAL;
     return SetFileAttributesW(path.c_str(), cleared) != 0;
+}
+
+bool writeFileInPlace(const std::filesystem::path &path, std::string_view bytes)
+{
+    // NTFS has no such guard: the plain way serves.
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    if (!out)
+        return false;
+    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    out.close();
+    return static_cast<bool>(out);
 }
 
 bool replaceFileAtomically(const std::filesystem::path &path, std::string_view bytes)
