@@ -64,7 +64,7 @@ void FileToArray(const std::u16string &path, std::vector<std::u16string> &lines,
             // A lone CR ends a line too, as a lone LF does: files saved on old Macs still read line by line.
             next = end + 1;
         }
-        // The array grows by one element per line and keeps what it holds, as the original's did: an array
+        // The array grows by one element per line and keeps what it holds, deliberately: an array
         // passed in longer than the file ends cut to the file's lines. An empty file never gets here and
         // leaves the array as it came; both callers pass a fresh one, which so stays empty.
         lines.resize(index + 1);
@@ -80,7 +80,7 @@ void ArrayRemoveItem(std::vector<std::u16string> &array, std::int32_t index)
 {
     if (index < 0 || static_cast<std::size_t>(index) >= array.size())
         throw RuntimeError(9, u"Subscript out of Range", u"ArrayRemoveItem");
-    // The last element cannot go: the original's shrink to no element failed, and it ignored the failure.
+    // The last element cannot go: the shrink to no element fails, and the failure is ignored.
     if (array.size() == 1)
         return;
     array.erase(array.begin() + index);

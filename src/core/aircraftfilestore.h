@@ -29,8 +29,8 @@ void FileToArray(const std::u16string &path, std::vector<std::u16string> &lines,
                  const std::function<void()> &serveEvents = {});
 
 // Removes array[index], moving the elements above it down. An index outside the array throws RuntimeError 9
-// "Subscript out of Range". An array of one element keeps it: in the original the shrink to no element
-// failed and the failure was ignored, and validation's results follow from that, so it is kept.
+// "Subscript out of Range". An array of one element keeps it: the shrink to no element
+// fails and the failure is ignored, and validation's results follow from that.
 void ArrayRemoveItem(std::vector<std::u16string> &array, std::int32_t index);
 // The same for a list that may not exist: nullptr, which stands for a value that is no array, throws
 // RuntimeError 13 "Type Mismatch".

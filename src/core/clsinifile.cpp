@@ -217,7 +217,7 @@ std::u16string clsIniFile::Sections()
 
 namespace {
 
-// Splits a NUL-separated list the way the original walk does: a name counts only when a NUL follows it.
+// Splits a NUL-separated list: a name counts only when a NUL follows it.
 void splitList(const std::u16string &list, bool skipEmpty, std::vector<std::u16string> &names, std::int32_t &count)
 {
     count = 0;

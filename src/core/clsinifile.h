@@ -58,7 +58,7 @@ public:
     std::u16string Sections();
 
     // Fill names with the key names of Section, or with all section names, in file order and spelling.
-    // names[0] is the element the original addressed as 1; count is the number of names. With nothing to
+    // names[0] is the first name; count is the number of names. With nothing to
     // return, names is emptied and count is 0. EnumerateCurrentSection keeps an empty key name (a line
     // "=x"), EnumerateAllSections skips empty names.
     void EnumerateCurrentSection(std::vector<std::u16string> &names, std::int32_t &count);
@@ -91,7 +91,7 @@ private:
     std::u16string m_key;
     std::u16string m_section;
     std::string m_sectionBytes;     // m_section in the code page, made once for the many reads of a section
-    std::int32_t m_writeResult = 0; // kept like the original; nobody reads it
+    std::int32_t m_writeResult = 0; // the last write's result; nobody reads it
 
     struct Cache;
     std::unique_ptr<Cache> m_cache;

@@ -6,7 +6,7 @@ namespace fleetwright {
 
 std::u16string commonErrorText(const RuntimeError &error, const std::u16string &form)
 {
-    // CR LF as the original built it: a box shows it as one break, and the text stays byte-identical when the
+    // CR LF: a box shows it as one break, and the text stays byte-identical when the
     // checker writes it out or a test compares it.
     const std::u16string newLine = u"\r\n";
     std::u16string text = u"A runtime error has occured" + newLine;

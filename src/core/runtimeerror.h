@@ -5,7 +5,7 @@
 
 namespace fleetwright {
 
-// A fault that stops the operation in which it happens, as the run time of the original system stopped it.
+// A fault that stops the operation in which it happens.
 // Only a boundary (a slot, a checker command) catches it and shows the critical box; the program lives on.
 class RuntimeError : public std::runtime_error
 {

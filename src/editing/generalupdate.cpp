@@ -114,7 +114,7 @@ GeneralUpdateResult updateGeneralData(clsIniFile &AircraftIni, const GeneralUpda
         }
         // The radius box answers every fault from here on, and the writing starts again with the variation's
         // keys. By then the ATC boxes hold the row's old values, and those are what the second run writes. A
-        // fault that comes back ends it, where the original would have gone round for ever.
+        // fault that comes back ends it rather than going round for ever.
         dialogs.critical(RADIUS_WRITE_FAILURE_TEXT, u"");
         GeneralData again = input.data;
         if (result.atcBoxes) {

@@ -4,7 +4,7 @@
 
 namespace fleetwright {
 
-// The number a text starts with, read as the original's run time read numbers out of configuration values:
+// The number a text starts with, read the way numbers are read out of configuration values:
 //
 //     "36.15  //Feet"      36.15      blanks, tabs and line feeds are dropped first, anywhere in the text,
 //     "26.44\t;/ 36.1"     26.44      so "1 2" is 12; reading stops at the first character that is no part

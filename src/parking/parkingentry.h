@@ -20,7 +20,7 @@ ParkingTypeSelection parkingTypesFromCaption(const std::u16string &caption);
 // The selected entries joined with "," in the list's order; empty when none is selected.
 std::u16string parkingTypesCaption(const ParkingTypeSelection &selected);
 
-// The number of "," in text, each character compared on its low byte, as the original did.
+// The number of "," in text, each character compared on its low byte alone.
 std::int32_t CountCommas(const std::u16string &text);
 
 inline const std::u16string TOO_MANY_CODES = u"You are not allowed to add more than five (5) parkig codes";

@@ -40,8 +40,8 @@ struct AirFileState
     std::int16_t AirTypeShown = 0;
 };
 
-// Where the record walk ended. Overflow: the next offset left the signed 32-bit range, which the original
-// met as a run-time error.
+// Where the record walk ended. Overflow: the next offset left the signed 32-bit range, which counts
+// as a run-time error.
 enum class AircraftSectionSearch
 {
     Found,

@@ -79,7 +79,7 @@ inline const std::u16string RADIUS_WRITE_FAILURE_TEXT =
     u"The changed radius value could not be written to the model file. Please make sure that the file is not "
     u"opened by the sim or another program";
 
-// The radius as a byte, converted the way the original's run time converted text to a byte: blanks around
+// The radius as a byte, converted from text: blanks around
 // it, a number with "." or decimalSeparator as its decimal mark (or "&H"/"&O" form), a fraction rounded to
 // the nearest integer and a tie to the even one. Nothing when the text is no number or the result lies
 // outside 0 to 255.
