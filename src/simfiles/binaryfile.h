@@ -8,7 +8,7 @@
 
 namespace fleetwright::simfiles {
 
-// The path separator of the platform, for paths the Parts build with "\".
+// The path separator of the platform, for paths that the rules build with "\".
 char16_t nativeSeparator();
 
 // text with every "\" and "/" turned into the native separator: values such as model= and sim= become path

@@ -494,14 +494,17 @@ TEST(FolderLoad, RealAircraftFoldersLoad)
         ++aircraft;
         // Reading the first row alone changes nothing of it, of the row count or of what opens.
         clsIniFile leanIni;
-        const FolderLoadResult lean = load(entry.path(), leanIni, FolderLoadInput {.firstRowOnly = true});
+        FolderLoadInput firstRowOnly;
+        firstRowOnly.firstRowOnly = true;
+        const FolderLoadResult lean = load(entry.path(), leanIni, firstRowOnly);
         ASSERT_EQ(lean.rows.size(), result.rows.size());
         EXPECT_EQ(lean.Descriptions.size(), result.Descriptions.size());
         EXPECT_EQ(lean.rowToOpen, result.rowToOpen);
         EXPECT_EQ(lean.current, result.current);
         EXPECT_EQ(column(lean, GridColumn::Section), column(result, GridColumn::Section));
-        if (!result.rows.empty())
+        if (!result.rows.empty()) {
             EXPECT_EQ(lean.rows.front(), result.rows.front());
+        }
         for (const auto &[name, expected] : known) {
             if (entry.path().filename() == name) {
                 EXPECT_EQ(result.rows.size(), expected.rows);
