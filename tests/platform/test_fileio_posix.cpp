@@ -182,3 +182,19 @@ TEST(FileIoPosix, ExclusiveOpenRefusesPipesWithoutWaiting)
     for (const ExclusiveAccess access : {ExclusiveAccess::Read, ExclusiveAccess::ReadWrite})
         EXPECT_EQ(ExclusiveFile::open(dir / "pipe.air", access).failure(), ExclusiveOpenFailure::NotAFile);
 }
+
+TEST(FileIoPosix, WriteInPlaceToWhatHasNoLength)
+{
+    // A report sent to a pipe or a device is written all the same; only files are cut to length.
+    EXPECT_TRUE(writeFileInPlace("/dev/null", "report\r\n"));
+    TempDir dir;
+    const std::filesystem::path fifo = dir / "report.fifo";
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    const int reader = ::open(fifo.c_str(), O_RDONLY | O_NONBLOCK);
+    ASSERT_GE(reader, 0);
+    EXPECT_TRUE(writeFileInPlace(fifo, "report\r\n"));
+    char got[16] = {};
+    EXPECT_EQ(::read(reader, got, sizeof got), 8);
+    EXPECT_EQ(std::string(got, 8), "report\r\n");
+    ::close(reader);
+}

@@ -217,7 +217,10 @@ bool writeFileInPlace(const std::filesystem::path &path, std::string_view bytes)
         if (ok)
             written += static_cast<std::size_t>(put);
     }
-    ok = ok && ::ftruncate(fd, static_cast<off_t>(bytes.size())) == 0;
+    // A pipe or a terminal (a report sent to /dev/stdout) has no length to cut.
+    struct stat info;
+    if (ok && ::fstat(fd, &info) == 0 && S_ISREG(info.st_mode))
+        ok = ::ftruncate(fd, static_cast<off_t>(bytes.size())) == 0;
     return ::close(fd) == 0 && ok;
 }
 
