@@ -3,7 +3,6 @@
 // What the lookups of one platform ask of the file system, answered from the open LookupSnapshot when there
 // is one: folder listings and the status of paths. Without a snapshot every call goes to the file system.
 
-#include <array>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -49,7 +48,8 @@ struct Listing
     std::unordered_map<std::u16string, std::vector<std::uint32_t>> byFoldedName;
 };
 
-// The entries of folder ("." for an empty path) in the order the system lists them, up to the first error.
+// The entries of folder ("." for an empty path) up to the first error, in the order the system lists them but
+// for names that a snapshot mended since.
 std::shared_ptr<const Listing> listing(const NativeText &folder);
 
 // std::filesystem::status(path, error), links followed.

@@ -71,12 +71,24 @@ bool holdsPictures(const std::u16string &folder)
 // The texture.cfg and model.cfg reads of a run: the sections of an aircraft share a handful of such files and
 // ask the same of them, so within one lookup snapshot, which stands for a tree that does not change, each file
 // is read once. A file that ReadByteArray rewrote is read again: the rewrite may leave another mark behind.
+// File, section and key of a read, compared as views: a read that is known is found without copies.
+using ConfigReadView =
+    std::tuple<std::basic_string_view<fs::path::value_type>, std::u16string_view, std::u16string_view>;
+struct ConfigReadLess
+{
+    using is_transparent = void;
+    template<typename Key> static ConfigReadView view(const Key &key)
+    {
+        return ConfigReadView(std::get<0>(key), std::get<1>(key), std::get<2>(key));
+    }
+    template<typename A, typename B> bool operator()(const A &a, const B &b) const { return view(a) < view(b); }
+};
+
 struct ConfigReads
 {
     std::uint64_t generation = 0;
     std::set<fs::path::string_type> withoutMark; // ReadByteArray found nothing to rewrite
-    // Looked up by views of the texts, so that a read that is known makes no copies.
-    std::map<std::tuple<fs::path::string_type, std::u16string, std::u16string>, std::u16string, std::less<>> values;
+    std::map<std::tuple<fs::path::string_type, std::u16string, std::u16string>, std::u16string, ConfigReadLess> values;
 };
 
 ConfigReads *configReads()
@@ -95,9 +107,7 @@ std::u16string ReadProfileValue(const std::u16string &section, const std::u16str
 {
     ConfigReads *reads = configReads();
     if (reads) {
-        const auto known = reads->values.find(
-            std::tuple<std::basic_string_view<fs::path::value_type>, std::u16string_view, std::u16string_view>(
-                file.native(), section, key));
+        const auto known = reads->values.find(ConfigReadView(file.native(), section, key));
         if (known != reads->values.end())
             return known->second;
     }
