@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace fleetwright::platform {
 
@@ -95,8 +96,21 @@ class ExclusiveFile
 public:
     ExclusiveFile() = default;
     ~ExclusiveFile();
-    ExclusiveFile(ExclusiveFile &&other) noexcept;
-    ExclusiveFile &operator=(ExclusiveFile &&other) noexcept;
+    ExclusiveFile(ExclusiveFile &&other) noexcept
+        : m_handle(std::exchange(other.m_handle, INVALID))
+        , m_writable(other.m_writable)
+        , m_failure(other.m_failure)
+    {}
+    ExclusiveFile &operator=(ExclusiveFile &&other) noexcept
+    {
+        if (this != &other) {
+            close();
+            m_handle = std::exchange(other.m_handle, INVALID);
+            m_writable = other.m_writable;
+            m_failure = other.m_failure;
+        }
+        return *this;
+    }
     ExclusiveFile(const ExclusiveFile &) = delete;
     ExclusiveFile &operator=(const ExclusiveFile &) = delete;
 

@@ -274,23 +274,6 @@ ExclusiveFile::~ExclusiveFile()
     close();
 }
 
-ExclusiveFile::ExclusiveFile(ExclusiveFile &&other) noexcept
-    : m_handle(std::exchange(other.m_handle, INVALID))
-    , m_writable(other.m_writable)
-    , m_failure(other.m_failure)
-{}
-
-ExclusiveFile &ExclusiveFile::operator=(ExclusiveFile &&other) noexcept
-{
-    if (this != &other) {
-        close();
-        m_handle = std::exchange(other.m_handle, INVALID);
-        m_writable = other.m_writable;
-        m_failure = other.m_failure;
-    }
-    return *this;
-}
-
 ExclusiveFile ExclusiveFile::open(const std::filesystem::path &path, ExclusiveAccess access)
 {
     ExclusiveFile file;
