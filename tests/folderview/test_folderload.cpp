@@ -13,24 +13,13 @@
 #include "support/tempdir.h"
 
 using namespace fleetwright;
+using fleetwright::test::crlf;
 using fleetwright::test::TempDir;
 using fleetwright::test::widePath;
 using fleetwright::test::writeBytes;
 namespace fs = std::filesystem;
 
 namespace {
-
-// Text with "\n" line ends, written with CR LF as makers' files are.
-std::string crlf(std::string_view text)
-{
-    std::string bytes;
-    for (char ch : text) {
-        if (ch == '\n')
-            bytes += '\r';
-        bytes += ch;
-    }
-    return bytes;
-}
 
 FolderLoadResult load(const fs::path &folder, clsIniFile &ini, FolderLoadInput input = {})
 {

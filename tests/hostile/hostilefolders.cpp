@@ -18,17 +18,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::string crlf(std::string_view text)
-{
-    std::string bytes;
-    for (const char ch : text) {
-        if (ch == '\n')
-            bytes += '\r';
-        bytes += ch;
-    }
-    return bytes;
-}
-
 std::string int32(std::int32_t value)
 {
     const auto bits = static_cast<std::uint32_t>(value);

@@ -59,4 +59,15 @@ std::u16string widePath(const std::filesystem::path &path)
     return path.u16string();
 }
 
+std::string crlf(std::string_view text)
+{
+    std::string bytes;
+    for (const char ch : text) {
+        if (ch == '\n')
+            bytes += '\r';
+        bytes += ch;
+    }
+    return bytes;
+}
+
 } // namespace fleetwright::test

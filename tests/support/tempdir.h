@@ -27,6 +27,9 @@ void writeBytes(const std::filesystem::path &path, std::string_view bytes);
 // The bytes of a file; empty when it cannot be read.
 std::string readBytes(const std::filesystem::path &path);
 
+// Text with "\n" line ends, written with CR LF as makers' files are.
+std::string crlf(std::string_view text);
+
 // Path text for the engine's wide-string APIs.
 std::u16string widePath(const std::filesystem::path &path);
 

@@ -10,18 +10,6 @@
 
 namespace fleetwright::test {
 
-// Text with "\n" line ends, written with CR LF as makers' files are.
-inline std::string crlf(std::string_view text)
-{
-    std::string bytes;
-    for (const char ch : text) {
-        if (ch == '\n')
-            bytes += '\r';
-        bytes += ch;
-    }
-    return bytes;
-}
-
 // A model file of 40 bytes with the version tag at offset 8 and the radius byte 7 at offset 28.
 inline std::string modelBytes(std::string_view tag, std::size_t size = 40)
 {
