@@ -960,24 +960,8 @@ std::filesystem::path canonicalBelow(const std::filesystem::path &parent, const 
                                      const std::filesystem::path &child)
 {
     // Mostly the child's text is the parent's, a separator and a plain name: then that text tells it.
-    const lookupcache::NativeText &above = parent.native();
-    const lookupcache::NativeText &text = child.native();
-    if (!above.empty() && !isSeparator(above.back()) && text.size() > above.size() + 1
-        && text.compare(0, above.size(), above) == 0 && isSeparator(text[above.size()])) {
-        const std::basic_string_view<lookupcache::NativeText::value_type> name =
-            std::basic_string_view<lookupcache::NativeText::value_type>(text).substr(above.size() + 1);
-        const bool dots = name.size() <= 2 && name.find_first_not_of('.') == name.npos;
-        const bool plain = !dots && std::none_of(name.begin(), name.end(), [](auto ch) { return isSeparator(ch); });
-        if (plain) {
-            if (!FileLookup::isNotLink(child))
-                return canonicalOf(child);
-            lookupcache::NativeText below = parentCanonical.native();
-            if (!below.empty() && !isSeparator(below.back()))
-                below += std::filesystem::path::preferred_separator;
-            below += name;
-            return std::filesystem::path(std::move(below));
-        }
-    }
+    if (const auto name = nameBelow(parent.native(), child.native()))
+        return FileLookup::isNotLink(child) ? joinedCanonical(parentCanonical, *name) : canonicalOf(child);
     if (child.parent_path() == parent && FileLookup::isNotLink(child))
         return parentCanonical / child.filename();
     return canonicalOf(child);

@@ -62,7 +62,7 @@ std::vector<fs::path> otherSpellings(const fs::path &folder, const std::string &
     const auto entries = lookupcache::listing(listed);
     for (const std::uint32_t index : entries->alike(*wantedWide)) {
         const lookupcache::ListedEntry &entry = entries->entries[index];
-        if (entry.name == wanted || !sameNameIgnoringCase(*entry.wide, *wantedWide))
+        if (entry.name == wanted)
             continue;
         std::error_code statusError;
         if (isKind(lookupcache::statusOf(listed, entry, statusError), kind))
