@@ -1,6 +1,8 @@
 #include "core/clsinifile.h"
 
+#include <algorithm>
 #include <filesystem>
+#include <optional>
 #include <utility>
 
 #include "core/profiledocument.h"
@@ -13,6 +15,15 @@ namespace {
 
 constexpr std::size_t VALUE_LIMIT = 4095;
 
+bool applyEdit(ProfileDocument &doc, const std::string &section, const std::string *key, const std::string *value)
+{
+    if (!key)
+        return doc.deleteSection(section);
+    if (!value)
+        return doc.deleteKey(section, *key);
+    return doc.writeValue(section, *key, *value);
+}
+
 // How far a file's time stamp may lag behind the write that set it. A file system that keeps nanoseconds
 // still stamps with a clock that ticks every few milliseconds; one that keeps whole seconds (FAT: two) may
 // give two writes of one second the same stamp.
@@ -23,9 +34,18 @@ std::int64_t timestampGranularityNs(std::int64_t modifiedNs)
 
 } // namespace
 
+// One write call of a batch, kept until the batch writes the file: key and value as writeEntry takes them.
+struct clsIniFile::BatchEdit
+{
+    std::string section;
+    std::optional<std::string> key;   // none deletes the section
+    std::optional<std::string> value; // none deletes the key
+};
+
 // The parse of the file as it stood at a known identity. A write by anybody changes the identity, unless it
 // falls into the same tick of the file system's clock as the state we read: while the stamp is that young
-// the cache is "racy" and each call compares the file's bytes before it trusts the parse.
+// the cache is "racy" and each call compares the file's bytes before it trusts the parse. A file system that
+// keeps no change time gives no identity to trust: there every call compares the bytes.
 struct clsIniFile::Cache
 {
     std::filesystem::path file;
@@ -37,9 +57,16 @@ struct clsIniFile::Cache
     bool pending = false;       // edits of a batch not yet written
     bool batchReadOnly = false; // the file refused writes when the batch began its first one
     bool batchChecked = false;
-    bool batchVerified = false; // the parse was held against the file once inside the batch
+    bool batchVerified = false;        // the parse was held against the file once inside the batch
+    std::vector<BatchEdit> batchEdits; // the batch's writes, to replay should the file change under it
 
-    bool racy() const { return identity.modifiedNs + timestampGranularityNs(identity.modifiedNs) >= readStartNs; }
+    bool racy() const
+    {
+        if (identity.changedNs == 0)
+            return true;
+        const std::int64_t newest = std::max(identity.modifiedNs, identity.changedNs);
+        return newest + timestampGranularityNs(newest) >= readStartNs;
+    }
 };
 
 clsIniFile::clsIniFile()
@@ -167,18 +194,13 @@ void clsIniFile::writeEntry(const std::string *key, const std::string *value)
     ProfileDocument *doc = document();
     if (!doc->isWritable())
         return;
-    const std::string section = m_sectionBytes;
-    bool changed;
-    if (!key)
-        changed = doc->deleteSection(section);
-    else if (!value)
-        changed = doc->deleteKey(section, *key);
-    else
-        changed = doc->writeValue(section, *key, *value);
-    if (!changed) {
+    if (!applyEdit(*doc, m_sectionBytes, key, value)) {
         m_writeResult = 1;
         return;
     }
+    if (m_batchDepth > 0)
+        cache.batchEdits.push_back(
+            {m_sectionBytes, key ? std::optional(*key) : std::nullopt, value ? std::optional(*value) : std::nullopt});
     cache.pending = true;
     cache.loaded = true;
     if (m_batchDepth == 0)
@@ -189,11 +211,19 @@ void clsIniFile::writeEntry(const std::string *key, const std::string *value)
 void clsIniFile::flush()
 {
     Cache &cache = *m_cache;
+    std::vector<BatchEdit> edits = std::move(cache.batchEdits);
+    cache.batchEdits.clear();
     if (!cache.pending)
         return;
     cache.pending = false;
     const std::int64_t start = platform::currentTimeNs();
-    std::string bytes = cache.document.bytes();
+    std::string bytes;
+    if (!edits.empty() && !rebaseBatch(edits)) {
+        cache.loaded = false;
+        cache.bytes.clear();
+        return;
+    }
+    bytes = cache.document.bytes();
     if (!platform::replaceFileAtomically(cache.file, bytes)) {
         // Lost without a word, as the platform's write loses it; the next read sees the file as it is.
         cache.loaded = false;
@@ -203,6 +233,31 @@ void clsIniFile::flush()
     cache.identity = platform::fileIdentity(cache.file);
     cache.bytes = std::move(bytes);
     cache.readStartNs = start;
+}
+
+// A batch trusts the file as it found it at its first call. Should somebody else have written the file since
+// (a backup tool, an editor), the batch's writes are made again on the file as it stands now, so that the
+// outside change is kept and the batch's own writes land on top of it, as they would have one by one.
+// False when the file as it now stands refuses writes: then the batch's writes are lost, as they would
+// have been one by one.
+bool clsIniFile::rebaseBatch(const std::vector<BatchEdit> &edits)
+{
+    Cache &cache = *m_cache;
+    const platform::FileIdentity identity = platform::fileIdentity(cache.file);
+    if (identity == cache.identity && !cache.racy())
+        return true;
+    std::optional<std::string> bytes;
+    if (identity.exists)
+        bytes = platform::readWholeFile(cache.file);
+    if (bytes && *bytes == cache.bytes)
+        return true;
+    ProfileDocument current(bytes.value_or(std::string()));
+    if (!current.isWritable())
+        return false;
+    for (const BatchEdit &edit : edits)
+        applyEdit(current, edit.section, edit.key ? &*edit.key : nullptr, edit.value ? &*edit.value : nullptr);
+    cache.document = std::move(current);
+    return true;
 }
 
 std::u16string clsIniFile::INISection()

@@ -68,7 +68,9 @@ public:
     // file is looked at once, at the first call inside; reads are served from that state and see the
     // batch's own writes, and the file is written once, when the batch is committed or destroyed, also when
     // an exception ends the run half way. The bytes are those that the same calls one by one would have
-    // left. Nothing else may write the file while a batch runs. Batches nest; the outermost one writes.
+    // left. Should the file be changed from outside while a batch runs, its reads do not see the change, but
+    // nothing of it is lost: the batch's writes are made again on the file as it then stands. Batches nest;
+    // the outermost one writes.
     class Batch
     {
     public:
@@ -86,6 +88,8 @@ private:
     ProfileDocument *document();
     void writeEntry(const std::string *key, const std::string *value);
     void flush();
+    struct BatchEdit;
+    bool rebaseBatch(const std::vector<BatchEdit> &edits);
 
     std::u16string m_path;
     std::u16string m_key;

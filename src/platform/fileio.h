@@ -11,12 +11,16 @@ namespace fleetwright::platform {
 
 // What identifies one state of a file on disk. Two equal identities taken at different times mean the file
 // was not replaced or rewritten in between, unless both changes fell into one tick of the file system's
-// clock (see FileCache in core for how that case is met).
+// clock (see clsIniFile's cache for how that case is met). The modification time alone does not tell: a
+// copy or restore that keeps times (cp -p, rsync -t, unpacking an archive) sets it back, and an edit that
+// keeps the length then looks like no change. The change time is set by the system on every write and
+// cannot be set back.
 struct FileIdentity
 {
     bool exists = false; // a regular file (or a link to one) stands at the path
     std::uint64_t size = 0;
     std::int64_t modifiedNs = 0; // last write, nanoseconds since 1970-01-01 UTC
+    std::int64_t changedNs = 0;  // last change of content or attributes, same unit; 0 where the file system keeps none
     std::uint64_t fileId = 0;    // inode, or the NTFS file index
     std::uint64_t volumeId = 0;  // device, or the volume serial number
 

@@ -1,5 +1,7 @@
+#include <chrono>
 #include <filesystem>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -503,4 +505,75 @@ TEST_F(ProfileFile, BatchLooksAtTheFileOnceAtItsFirstCall)
     // ...and is seen at the next call after it; a batch without writes writes nothing.
     EXPECT_EQ(read(u"a", u"k"), u"3");
     EXPECT_EQ(bytes(), "[a]\r\nk=3\r\n");
+}
+
+// A restore or copy that keeps file times (cp -p, rsync -t, unpacking an archive) can change a file without
+// changing its size or its modification time; only the change time, which nobody can set back, tells.
+TEST_F(ProfileFile, ChangeOfTheSameSizeWithItsOldTimeSetBackIsSeenAndKept)
+{
+    using namespace std::chrono_literals;
+    const auto oldTime = std::chrono::file_clock::from_sys(std::chrono::sys_seconds(1000000000s));
+    // Past the few milliseconds in which the cache compares bytes anyway, so that only the identity tells.
+    const auto setTimeBack = [&] {
+        std::filesystem::last_write_time(file, oldTime);
+        std::this_thread::sleep_for(50ms);
+    };
+    const auto changeFromOutside = [&](std::string_view content) {
+        ASSERT_EQ(content.size(), bytes().size());
+        create(content);
+        setTimeBack();
+    };
+
+    create("[fltsim.0]\r\ntitle=Plane A\r\n[fltsim.1]\r\nsim=Y\r\n");
+    setTimeBack();
+    EXPECT_EQ(read(u"fltsim.0", u"title"), u"Plane A");
+    changeFromOutside("[fltsim.0]\r\ntitle=Plane Z\r\n[fltsim.1]\r\nsim=Y\r\n");
+    EXPECT_EQ(read(u"fltsim.0", u"title"), u"Plane Z");
+    write(u"fltsim.1", u"sim", u"X");
+    EXPECT_EQ(bytes(), "[fltsim.0]\r\ntitle=Plane Z\r\n[fltsim.1]\r\nsim=X\r\n");
+
+    // A write with no read between the change and itself.
+    setTimeBack();
+    EXPECT_EQ(read(u"fltsim.0", u"title"), u"Plane Z");
+    changeFromOutside("[fltsim.0]\r\ntitle=Plane Q\r\n[fltsim.1]\r\nsim=X\r\n");
+    write(u"fltsim.1", u"sim", u"W");
+    EXPECT_EQ(bytes(), "[fltsim.0]\r\ntitle=Plane Q\r\n[fltsim.1]\r\nsim=W\r\n");
+
+    setTimeBack();
+    EXPECT_EQ(sections(), (Names {u"fltsim.0", u"fltsim.1"}));
+    changeFromOutside("[fltsim.0]\r\ntitle=Plane Q\r\n[fltsim.2]\r\nsim=W\r\n");
+    EXPECT_EQ(sections(), (Names {u"fltsim.0", u"fltsim.2"}));
+    EXPECT_EQ(keys(u"fltsim.2"), (Names {u"sim"}));
+
+    setTimeBack();
+    EXPECT_EQ(keys(u"fltsim.2"), (Names {u"sim"}));
+    changeFromOutside("[fltsim.0]\r\ntitle=Plane R\r\n[fltsim.2]\r\nsim=W\r\n");
+    ini.setSection(u"fltsim.2");
+    ini.setKey(u"sim");
+    ini.DeleteKey();
+    EXPECT_EQ(bytes(), "[fltsim.0]\r\ntitle=Plane R\r\n[fltsim.2]\r\n");
+
+    // A batch reads the file once; a change under it is not seen by its reads but is not lost by its write.
+    setTimeBack();
+    {
+        clsIniFile::Batch batch(ini);
+        EXPECT_EQ(read(u"fltsim.0", u"title"), u"Plane R");
+        write(u"fltsim.0", u"a", u"1");
+        changeFromOutside("[fltsim.0]\r\ntitle=Plane S\r\n[fltsim.2]\r\n");
+        EXPECT_EQ(read(u"fltsim.0", u"title"), u"Plane R");
+        write(u"fltsim.2", u"b", u"2");
+        ini.setSection(u"fltsim.0");
+        ini.setKey(u"title");
+        ini.DeleteKey();
+        write(u"fltsim.0", u"title", u"Plane T");
+    }
+    EXPECT_EQ(bytes(), "[fltsim.0]\r\na=1\r\ntitle=Plane T\r\n[fltsim.2]\r\nb=2\r\n");
+    // Even when the change took the section the batch wrote into.
+    setTimeBack();
+    {
+        clsIniFile::Batch batch(ini);
+        write(u"fltsim.2", u"c", u"3");
+        changeFromOutside("[fltsim.0]\r\na=1\r\ntitle=Plane U\r\n[fltsim.9]\r\nb=2\r\n");
+    }
+    EXPECT_EQ(bytes(), "[fltsim.0]\r\na=1\r\ntitle=Plane U\r\n[fltsim.9]\r\nb=2\r\n[fltsim.2]\r\nc=3\r\n");
 }

@@ -139,8 +139,10 @@ FileIdentity fileIdentity(const std::filesystem::path &path)
     identity.size = static_cast<std::uint64_t>(info.st_size);
 #if defined(__APPLE__)
     identity.modifiedNs = toNs(info.st_mtimespec);
+    identity.changedNs = toNs(info.st_ctimespec);
 #else
     identity.modifiedNs = toNs(info.st_mtim);
+    identity.changedNs = toNs(info.st_ctim);
 #endif
     identity.fileId = static_cast<std::uint64_t>(info.st_ino);
     identity.volumeId = static_cast<std::uint64_t>(info.st_dev);

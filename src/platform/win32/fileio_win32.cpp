@@ -14,11 +14,15 @@ namespace {
 // FILETIME counts 100 ns ticks since 1601-01-01; this many of them lie before 1970-01-01.
 constexpr std::int64_t TICKS_1601_TO_1970 = 116444736000000000LL;
 
+std::int64_t ticksToNs(std::int64_t ticks)
+{
+    return (ticks - TICKS_1601_TO_1970) * 100;
+}
+
 std::int64_t toNs(const FILETIME &time)
 {
-    const auto ticks =
-        static_cast<std::int64_t>((static_cast<std::uint64_t>(time.dwHighDateTime) << 32) | time.dwLowDateTime);
-    return (ticks - TICKS_1601_TO_1970) * 100;
+    return ticksToNs(
+        static_cast<std::int64_t>((static_cast<std::uint64_t>(time.dwHighDateTime) << 32) | time.dwLowDateTime));
 }
 
 // Closes the handle at the end of the scope.
@@ -136,6 +140,10 @@ FileIdentity fileIdentity(const std::filesystem::path &path)
     identity.exists = true;
     identity.size = (static_cast<std::uint64_t>(info.nFileSizeHigh) << 32) | info.nFileSizeLow;
     identity.modifiedNs = toNs(info.ftLastWriteTime);
+    // FAT keeps no change time and reports 0; the cache then compares bytes instead.
+    FILE_BASIC_INFO basic;
+    if (GetFileInformationByHandleEx(file.get(), FileBasicInfo, &basic, sizeof basic) && basic.ChangeTime.QuadPart > 0)
+        identity.changedNs = ticksToNs(basic.ChangeTime.QuadPart);
     identity.fileId = (static_cast<std::uint64_t>(info.nFileIndexHigh) << 32) | info.nFileIndexLow;
     identity.volumeId = info.dwVolumeSerialNumber;
     return identity;
