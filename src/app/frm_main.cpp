@@ -8,6 +8,7 @@
 #include <QEvent>
 #include <QFont>
 #include <QHeaderView>
+#include <QLayout>
 #include <QListWidget>
 #include <QMenuBar>
 #include <QPushButton>
@@ -310,6 +311,10 @@ void frm_Main::PaintStatusPanel(int panel, const QString &text, fleetwright::Pan
 void frm_Main::toggleResizableStyle()
 {
     m_resizableStyle = !m_resizableStyle;
+    // A sizing frame has no least size: the fonts follow the width, so a least size taken from the layout would
+    // grow with them and keep the window from going back to a size it had.
+    if (QLayout *frame = layout())
+        frame->setSizeConstraint(m_resizableStyle ? QLayout::SetNoConstraint : QLayout::SetDefaultConstraint);
     if (m_resizableStyle) {
         setMinimumSize(0, 0);
         setMaximumSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);

@@ -1,4 +1,4 @@
-// The parts of SettingsStore that are the same everywhere: the conversion of stored texts to booleans.
+// The part of SettingsStore that is the same everywhere: the conversion of stored texts to booleans.
 #include "platform/settingsstore.h"
 
 #include <charconv>

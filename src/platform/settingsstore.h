@@ -8,8 +8,8 @@ namespace fleetwright::platform {
 // The per-user store of the program's settings: text values under an application and a section name.
 // Windows keeps them where GetSetting and SaveSetting of the old run time do,
 // HKEY_CURRENT_USER\Software\VB and VBA Program Settings\<application>\<section>, as REG_SZ values. Elsewhere
-// they stand in a UTF-8 file, <XDG_CONFIG_HOME or ~/.config>/<application>/<section>.ini, or in the file
-// that FLEETWRIGHT_SETTINGS names:
+// they stand in a UTF-8 file, <XDG_CONFIG_HOME or ~/.config>/<application>/<section>.ini. On every platform,
+// FLEETWRIGHT_SETTINGS names a file of that form to use instead, so that tests have a store of their own:
 //
 //     [Fleetwright]
 //     ToolTips=1

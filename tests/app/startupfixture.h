@@ -4,7 +4,9 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <ostream>
 #include <string>
+#include <system_error>
 
 #include <QByteArray>
 #include <QColor>
@@ -14,6 +16,10 @@
 
 #include <gtest/gtest.h>
 
+#ifdef _WIN32
+#include <windows.h>
+#endif
+
 #include "app/frm_main.h"
 #include "app/gui/statusbarpanels.h"
 #include "app/programstate.h"
@@ -21,6 +27,12 @@
 #include "platform/settingsstore.h"
 #include "support/frm_update.h"
 #include "support/tempdir.h"
+
+// Failures show a QString as its text rather than as the bytes of the object.
+inline void PrintTo(const QString &text, std::ostream *out)
+{
+    *out << '"' << text.toStdString() << '"';
+}
 
 namespace fleetwright::test {
 
@@ -32,6 +44,16 @@ public:
     {
         remember(name);
         qputenv(name, value);
+#ifdef _WIN32
+        // Windows' putenv removes a variable set to nothing; the environment block itself can hold one.
+        if (value.isEmpty())
+            SetEnvironmentVariableW(QString::fromLatin1(name).toStdWString().c_str(), L"");
+#endif
+    }
+    void unset(const char *name)
+    {
+        remember(name);
+        qunsetenv(name);
     }
     ~ScopedEnvironment()
     {
@@ -55,6 +77,20 @@ private:
 inline QByteArray bytesOf(const std::filesystem::path &path)
 {
     return QByteArray::fromStdString(path.string());
+}
+
+// Whether actual leads to the existing entry at expected and is spelt like it but for letter case, which
+// Windows ignores in names. Where the file system tells case, only the exact spelling leads there.
+inline ::testing::AssertionResult isSameEntry(const std::filesystem::path &actual,
+                                              const std::filesystem::path &expected)
+{
+    std::error_code error;
+    const bool spelt = QString::fromStdWString(actual.wstring())
+                           .compare(QString::fromStdWString(expected.wstring()), Qt::CaseInsensitive)
+        == 0;
+    if (spelt && std::filesystem::equivalent(actual, expected, error))
+        return ::testing::AssertionSuccess();
+    return ::testing::AssertionFailure() << actual << " is not the entry " << expected;
 }
 
 // Stands in for the update dialog while it lives: activating a main window with the store's defaults runs the

@@ -312,6 +312,7 @@ TEST_F(Navigation, DeletingTheSelectedRowReloadsARenumberedFile)
     c.ListView1->setCurrentItem(c.ListView1->topLevelItem(0));
     dialogs.pushAnswer(true);
     c.frm_RightClick.mnuDelete->trigger();
+    ASSERT_FALSE(dialogs.records().empty());
     EXPECT_EQ(dialogs.records().back().text, u"About to delete section [FLTSIM.0] = Skyliner Blue. Are you sure?");
     ASSERT_EQ(c.ListView1->topLevelItemCount(), 1);
     EXPECT_EQ(c.ListView1->topLevelItem(0)->text(1), QStringLiteral("Skyliner Red"));

@@ -123,6 +123,7 @@ TEST_F(Resizing, FontsFollowTheWidthFromTheFirstRegistration)
 
     // Back at the first size every font is as it was: the sizes come from the first values each time.
     form.resize(base);
+    ASSERT_EQ(form.size(), base);
     expectScaled(form, before, 100);
     EXPECT_EQ(c.txt_ui_Type->font().pointSize(), 9);
 }

@@ -93,6 +93,41 @@ void deleteClosedForms()
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
+// Stands in for the plain editor while it lives, copying the file it is given to opened.log in folder. Off
+// Windows that editor is $VISUAL, here a script. On Windows it is notepad.exe, which is looked for in the
+// current folder before the system's: the test program itself, under that name, does the copy there.
+class PlainEditorStandIn
+{
+public:
+    PlainEditorStandIn(const std::filesystem::path &folder, fleetwright::test::ScopedEnvironment &env)
+        : m_folder(std::filesystem::current_path())
+    {
+#ifdef _WIN32
+        (void)env;
+        const std::filesystem::path self = QCoreApplication::applicationFilePath().toStdWString();
+        std::error_code linked;
+        std::filesystem::create_hard_link(self, folder / "notepad.exe", linked);
+        if (linked)
+            std::filesystem::copy_file(self, folder / "notepad.exe");
+        std::filesystem::current_path(folder);
+#else
+        const auto editor = folder / "editor.sh";
+        writeBytes(editor, "#!/bin/sh\ncp \"$1\" \"" + (folder / "opened.log").string() + "\"\n");
+        std::filesystem::permissions(editor, std::filesystem::perms::owner_all);
+        env.set("VISUAL", fleetwright::test::bytesOf(editor));
+#endif
+    }
+    ~PlainEditorStandIn()
+    {
+        std::filesystem::current_path(m_folder);
+    }
+    PlainEditorStandIn(const PlainEditorStandIn &) = delete;
+    PlainEditorStandIn &operator=(const PlainEditorStandIn &) = delete;
+
+private:
+    std::filesystem::path m_folder;
+};
+
 class ValidationGui : public fleetwright::test::StartUp
 {
 protected:
@@ -100,7 +135,9 @@ protected:
     {
         StartUp::SetUp();
         std::filesystem::create_directories(dir / "tmp");
-        env.set("TMPDIR", fleetwright::test::bytesOf(dir / "tmp"));
+        // The reports' temporary folder: TMPDIR off Windows; TMP, else TEMP, on Windows.
+        for (const char *name : {"TMPDIR", "TMP", "TEMP"})
+            env.set(name, fleetwright::test::bytesOf(dir / "tmp"));
     }
 
     void startIn(const std::filesystem::path &folder)
@@ -259,10 +296,7 @@ TEST_F(ValidationGui, ReportOpensInTheEditorTheSettingNames)
 
     // Without the internal editor the plain editor gets the file.
     const auto opened = dir / "opened.log";
-    const auto editor = dir / "editor.sh";
-    writeBytes(editor, "#!/bin/sh\ncp \"$1\" \"" + opened.string() + "\"\n");
-    std::filesystem::permissions(editor, std::filesystem::perms::owner_all);
-    env.set("VISUAL", fleetwright::test::bytesOf(editor));
+    const PlainEditorStandIn editor(dir.path(), env);
     programState().InternalEditorOn = false;
     ReportWatch watch;
     c.mnuValidate->trigger();
@@ -371,7 +405,7 @@ TEST_F(ValidationGui, BatchRunsEveryFolderAndReturns)
     EXPECT_TRUE(
         watch.shown.contains(QStringLiteral("No aircraft.cfg file found in folder ") + nativeText(root / "Bravo")));
     EXPECT_EQ(watch.shown.count(QStringLiteral("[fltsim.x] sections:               1")), 2);
-    EXPECT_EQ(programState().EditorFile, toU16String(nativeText(dir / "tmp")) + u"/corvanecheckall.log");
+    EXPECT_EQ(programState().EditorFile, toU16String(nativeText(dir / "tmp" / "corvanecheckall.log")));
     // Each folder went through the main form, which is back where the batch started.
     EXPECT_EQ(foldersSeen,
               (std::vector<QString> {nativeText(root / "Alpha"), nativeText(root / "Bravo"),

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/settingsstore.h"
+#include "support/tempdir.h"
 
 using namespace fleetwright::platform;
 
@@ -69,4 +70,22 @@ TEST(SettingsStoreWin32, RegistryRoundTrip)
     ASSERT_EQ(RegSetKeyValueW(HKEY_CURRENT_USER, path.c_str(), L"Number", REG_DWORD, &number, sizeof number),
               ERROR_SUCCESS);
     EXPECT_EQ(store.GetSetting(u"Number", u"default"), u"default");
+}
+
+// FLEETWRIGHT_SETTINGS gives a store of its own in place of the registry, the same file as elsewhere.
+TEST(SettingsStoreWin32, FileNamedInTheEnvironmentReplacesTheRegistry)
+{
+    const RegistryKeyRemover remover;
+    const fleetwright::test::TempDir dir;
+    const auto file = dir / "settings.ini";
+    ASSERT_EQ(_wputenv_s(L"FLEETWRIGHT_SETTINGS", file.wstring().c_str()), 0);
+    const SettingsStore store(u16(APPLICATION), u"Fleetwright");
+    const bool saved = store.SaveSetting(u"ToolTips", u"0");
+    const std::u16string read = store.GetSetting(u"TOOLTIPS", u"1");
+    _wputenv_s(L"FLEETWRIGHT_SETTINGS", L"");
+    EXPECT_TRUE(saved);
+    EXPECT_EQ(read, u"0");
+    EXPECT_EQ(fleetwright::test::readBytes(file), "[Fleetwright]\nToolTips=0\n");
+    EXPECT_EQ(registryText(L"Fleetwright", L"ToolTips"), std::nullopt);
+    EXPECT_EQ(store.GetSetting(u"ToolTips", u"1"), u"1") << "without the variable the registry serves again";
 }

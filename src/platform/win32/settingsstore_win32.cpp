@@ -1,6 +1,11 @@
 #include "platform/settingsstore.h"
 
+#include <cstdlib>
+#include <filesystem>
+#include <optional>
 #include <windows.h>
+
+#include "platform/settingsfile.h"
 
 namespace fleetwright::platform {
 
@@ -16,10 +21,21 @@ std::wstring keyPath(const std::u16string &application, const std::u16string &se
     return L"Software\\VB and VBA Program Settings\\" + wide(application) + L"\\" + wide(section);
 }
 
+// A store of the caller's own, in place of the registry: a test run must not read what an earlier one left
+// in the user's registry, nor change the user's real settings.
+std::optional<std::filesystem::path> settingsFileOverride()
+{
+    if (const wchar_t *file = _wgetenv(L"FLEETWRIGHT_SETTINGS"); file != nullptr && *file != L'\0')
+        return std::filesystem::path(file);
+    return std::nullopt;
+}
+
 } // namespace
 
 std::u16string SettingsStore::GetSetting(std::u16string_view key, std::u16string_view defaultValue) const
 {
+    if (const std::optional<std::filesystem::path> file = settingsFileOverride())
+        return readSettingsFile(*file, m_section, key, defaultValue);
     HKEY handle;
     if (RegOpenKeyExW(HKEY_CURRENT_USER, keyPath(m_application, m_section).c_str(), 0, KEY_QUERY_VALUE, &handle)
         != ERROR_SUCCESS)
@@ -54,6 +70,8 @@ std::u16string SettingsStore::GetSetting(std::u16string_view key, std::u16string
 
 bool SettingsStore::SaveSetting(std::u16string_view key, std::u16string_view text) const
 {
+    if (const std::optional<std::filesystem::path> file = settingsFileOverride())
+        return writeSettingsFile(*file, m_section, key, text);
     HKEY handle;
     if (RegCreateKeyExW(HKEY_CURRENT_USER, keyPath(m_application, m_section).c_str(), 0, nullptr,
                         REG_OPTION_NON_VOLATILE, KEY_SET_VALUE, nullptr, &handle, nullptr)

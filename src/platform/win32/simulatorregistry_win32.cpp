@@ -23,12 +23,17 @@ std::u16string fromWide(std::wstring_view text)
     return std::u16string(text.begin(), text.end());
 }
 
+// Read from the process's environment block, not the C run time's copy: only the block can hold a variable
+// with an empty value, which says "not installed" (the run time's putenv removes such a variable instead).
 std::optional<std::u16string> variable(const char *name)
 {
     const std::wstring wideName(name, name + std::char_traits<char>::length(name));
-    if (const wchar_t *value = _wgetenv(wideName.c_str()))
-        return fromWide(value);
-    return std::nullopt;
+    const DWORD size = GetEnvironmentVariableW(wideName.c_str(), nullptr, 0);
+    if (size == 0)
+        return std::nullopt;
+    std::wstring value(size, L'\0');
+    value.resize(GetEnvironmentVariableW(wideName.c_str(), value.data(), size));
+    return fromWide(value);
 }
 
 // Type and size first, then the data; the value may change in between, so a growing value is asked for
