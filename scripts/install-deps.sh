@@ -1,13 +1,16 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that Fleetwright needs and that are missing, and nothing else.
 #
-#   scripts/install-deps.sh [build|test|gui|screenshot|windows|fuzz]...   (default: test)
+#   scripts/install-deps.sh [build|test|gui|screenshot|windows|windows-qt-source|fuzz]...   (default: test)
 #
 #   build       compiler, CMake, Qt 6 Widgets and the SQLite driver: enough to build everything
 #   test        build + GoogleTest, Google Benchmark and clang-format: the project's test command
 #   gui         the same as build; GUI tests run on Qt's offscreen platform and need no display
 #   screenshot  Xvfb and ImageMagick, for screenshots of the GUI under a virtual display
-#   windows     the MinGW-w64 cross compiler and Wine, for the Windows build and its tests
+#   windows     the MinGW-w64 cross compiler and Wine, for the Windows build and its tests; with a Qt for
+#               Windows (scripts/windows-qt.sh) also the host Qt tools, the icon's and the installer's tools
+#               and a virtual display for the program's smoke run
+#   windows-qt-source   what scripts/windows-qt.sh needs to build that Qt from Debian's sources
 #   fuzz        clang with its libFuzzer and sanitizer runtimes, for scripts/fuzz.sh
 #
 # Quiet and quick when everything is there; "apt-get update" runs only when something has to be installed.
@@ -17,13 +20,16 @@ build_packages=(cmake g++ make qt6-base-dev libqt6sql6-sqlite)
 test_packages=("${build_packages[@]}" googletest libgtest-dev libbenchmark-dev clang-format)
 screenshot_packages=(xvfb xauth imagemagick)
 # The cross build compiles GoogleTest from the sources of the googletest package.
-windows_packages=(cmake make googletest g++-mingw-w64-x86-64 wine wine64)
+windows_packages=(cmake make googletest g++-mingw-w64-x86-64 wine wine64
+    qt6-base-dev libqt6sql6-sqlite g++ librsvg2-bin icoutils nsis zip xvfb xauth imagemagick xdotool)
+windows_qt_source_packages=(cmake ninja-build g++ g++-mingw-w64-x86-64 qt6-base-dev qt6-base-dev-tools
+    dpkg-dev tcl xz-utils)
 # libFuzzer and the sanitizers' runtimes come with clang's runtime package, not with clang itself.
 fuzz_packages=(cmake make clang libclang-rt-14-dev)
 
 usage()
 {
-    echo "usage: $0 [build|test|gui|screenshot|windows|fuzz]..." >&2
+    echo "usage: $0 [build|test|gui|screenshot|windows|windows-qt-source|fuzz]..." >&2
     exit 2
 }
 
@@ -36,6 +42,7 @@ for set_name in "$@"; do
     test) wanted+=("${test_packages[@]}") ;;
     screenshot) wanted+=("${screenshot_packages[@]}") ;;
     windows) wanted+=("${windows_packages[@]}") ;;
+    windows-qt-source) wanted+=("${windows_qt_source_packages[@]}") ;;
     fuzz) wanted+=("${fuzz_packages[@]}") ;;
     -h | --help) usage ;;
     *)

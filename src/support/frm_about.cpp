@@ -86,19 +86,26 @@ void frm_About::buildForm()
     lblVERSION = label(Frame1, QStringLiteral("lblVERSION"));
     lblPlatform = label(Frame1, QStringLiteral("lblPlatform"));
     lblCopyright = label(Frame1, QStringLiteral("lblCopyright"));
-    lblCopyright->setText(QStringLiteral("Copyright \u00A9 2026 Corvane Tools. All rights reserved."));
+    lblCopyright->setText(QStringLiteral("Copyright \u00A9 2026 Corvane Tools. Free software under the GNU "
+                                         "General Public License, version 3 or later."));
     lblDataLicence = label(Frame1, QStringLiteral("lblDataLicence"));
     lblDataLicence->setText(QStringLiteral("Airline data: OpenFlights (Open Database License)"));
+    lblThirdParty = label(Frame1, QStringLiteral("lblThirdParty"));
+    lblThirdParty->setText(QStringLiteral("Built with Qt %1 (GNU LGPL 3.0). Licences of all parts: "
+                                          "LICENSE.txt and THIRD-PARTY-NOTICES.txt, shipped with the program.")
+                               .arg(QString::fromLatin1(qVersion())));
+    lblThirdParty->setWordWrap(true);
 
     auto *grid = new QGridLayout(Frame1);
     grid->setHorizontalSpacing(16);
-    grid->addWidget(imgLogo, 0, 0, 6, 1);
+    grid->addWidget(imgLogo, 0, 0, 7, 1);
     grid->addWidget(lblProductName, 0, 1);
     grid->addWidget(lblVERSION, 1, 1);
     grid->addWidget(lblPlatform, 2, 1);
     grid->setRowMinimumHeight(3, 12);
     grid->addWidget(lblCopyright, 4, 1);
     grid->addWidget(lblDataLicence, 5, 1);
+    grid->addWidget(lblThirdParty, 6, 1);
     grid->setColumnStretch(1, 1);
 
     auto *layout = new QVBoxLayout(this);
@@ -109,7 +116,7 @@ void frm_About::buildForm()
     for (QWidget *control :
          {static_cast<QWidget *>(Frame1), static_cast<QWidget *>(imgLogo), static_cast<QWidget *>(lblProductName),
           static_cast<QWidget *>(lblVERSION), static_cast<QWidget *>(lblPlatform), static_cast<QWidget *>(lblCopyright),
-          static_cast<QWidget *>(lblDataLicence)})
+          static_cast<QWidget *>(lblDataLicence), static_cast<QWidget *>(lblThirdParty)})
         control->installEventFilter(this);
 }
 

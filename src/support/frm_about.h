@@ -32,6 +32,7 @@ private:
     QLabel *lblPlatform = nullptr;
     QLabel *lblCopyright = nullptr;
     QLabel *lblDataLicence = nullptr;
+    QLabel *lblThirdParty = nullptr;
 };
 
 // Shows the about box, modal, from the main form's Help menu.

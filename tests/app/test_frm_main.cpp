@@ -30,6 +30,7 @@
 using fleetwright::DialogKind;
 using fleetwright::programState;
 using fleetwright::ScriptedDialogs;
+using fleetwright::test::isSameEntry;
 using fleetwright::test::TempDir;
 using fleetwright::test::writeBytes;
 using StartUp = fleetwright::test::StartUp;
@@ -222,7 +223,7 @@ TEST_F(StartUp, SimObjectPathsOfFsxCfgReplaceTheFolderScan)
     EXPECT_EQ(comboTexts(form),
               (QStringList {QStringLiteral("SimObjects\\Airplanes"), QStringLiteral("simobjects\\ROTORCRAFT")}));
     ASSERT_EQ(form.SimFolderPaths.size(), 2u);
-    EXPECT_EQ(std::filesystem::path(form.SimFolderPaths[1]), fsx / "SimObjects" / "Rotorcraft");
+    EXPECT_TRUE(isSameEntry(std::filesystem::path(form.SimFolderPaths[1]), fsx / "SimObjects" / "Rotorcraft"));
 
     // An fsx.cfg without such keys empties the combo, which stays enabled.
     writeBytes(dir / "appdata" / "Microsoft" / "FSX" / "fsx.cfg", "[Main]\r\nUser Objects=Airplane\r\n");
@@ -367,4 +368,22 @@ TEST_F(StartUp, AirlinePanelsOpenNothingWhenTheirFileWasNotLoaded)
         emit form.controls().StatusBar1->panelDoubleClicked(panel);
     EXPECT_EQ(programState().EditorMode, 0);
     EXPECT_TRUE(dialogs.records().empty());
+}
+
+// The simulators as a Windows machine registers them. The Windows check imports a made-up FS9 and FSX into
+// its Wine prefix's registry and names their folders here; anywhere else there is no registry to hold them.
+TEST_F(StartUp, SimulatorsOfTheRegistryAreFound)
+{
+    const QString fs9 = qEnvironmentVariable("FLEETWRIGHT_REGISTERED_FS9");
+    const QString fsx = qEnvironmentVariable("FLEETWRIGHT_REGISTERED_FSX");
+    if (fs9.isEmpty() || fsx.isEmpty())
+        GTEST_SKIP() << "no simulators registered for this run";
+    env.unset("FLEETWRIGHT_FS9_DIR");
+    env.unset("FLEETWRIGHT_FSX_DIR");
+    frm_Main form(&dialogs);
+    expectPanel(form, 2, QStringLiteral("found"), StatusBarPanels::green());
+    expectPanel(form, 5, QStringLiteral("found"), StatusBarPanels::green());
+    EXPECT_TRUE(programState().Fs9Found && programState().FsxFound);
+    EXPECT_EQ(std::filesystem::path(form.Fs9AircraftRoot), std::filesystem::path(fs9.toStdWString()) / "Aircraft");
+    EXPECT_EQ(std::filesystem::path(form.FsxSimObjectsRoot), std::filesystem::path(fsx.toStdWString()) / "SimObjects");
 }
