@@ -454,8 +454,10 @@ if [ -n "$windows_qt" ]; then
             "${in_prefix[@]}" wine reg query "$key" >/dev/null 2>&1 || { echo "no uninstall entry $key"; status=1; }
             "${in_prefix[@]}" wine "$folder\\Uninstall.exe" /S && "${in_prefix[@]}" wineserver -w || status=1
             (cd "$build/wine/prefix/drive_c" && find . -path ./windows -prune -o -print | sort) >"$after"
-            # The uninstaller runs from a copy in the temporary folder, which Windows removes later.
-            if ! diff <(grep -v '/Temp/' "$before") <(grep -v '/Temp/' "$after"); then
+            # The uninstaller runs from a copy in the temporary folder, which Windows removes later. The user's
+            # Programs folder is a known folder of Windows, shared with other programs: it stays when made.
+            local not_ours='/Temp/|^\./users/[^/]*/AppData/Local/Programs$'
+            if ! diff <(grep -Ev "$not_ours" "$before") <(grep -Ev "$not_ours" "$after"); then
                 echo "the uninstaller left files behind (above)"
                 status=1
             fi
