@@ -6,8 +6,9 @@
 #
 # Prints the median of several starts of each and their ratio, measured pair by pair (native, Windows, native,
 # ...) so that a machine that slows down on the way weighs on both alike. Each start ends as soon as the window
-# is mapped; the program is then killed. Needs xvfb and xdotool (scripts/install-deps.sh windows) and a Wine
-# prefix that was set up before (the Windows check leaves one in WINDOWS_BUILD/wine/prefix).
+# is mapped; the program is then killed. Wine's server is started once and kept, as it is while a user works:
+# its own start (about a second here) is not counted. Needs xvfb and xdotool (scripts/install-deps.sh windows)
+# and a Wine prefix that was set up before (the Windows check leaves one in WINDOWS_BUILD/wine/prefix).
 set -euo pipefail
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -21,7 +22,7 @@ for program in "$native" "$windows"; do
 done
 
 work=$(mktemp -d)
-trap 'kill $xvfb_pid 2>/dev/null || true; rm -rf "$work"' EXIT
+trap 'wineserver -k 2>/dev/null || true; kill $xvfb_pid 2>/dev/null || true; rm -rf "$work"' EXIT
 exec {display_pipe}<> <(:)
 Xvfb -displayfd "$display_pipe" -screen 0 1280x900x24 -nolisten tcp >/dev/null 2>&1 &
 xvfb_pid=$!
@@ -46,22 +47,19 @@ start_once()
     end=$(date +%s%N)
     kill $pid 2>/dev/null || true
     wait $pid 2>/dev/null || true
-    [ "$1" = wine ] && wineserver -k 2>/dev/null || true
     echo $(((end - begin) / 1000000))
 }
 
 median() { sort -n | awk '{ v[NR] = $1 } END { print (NR % 2) ? v[(NR + 1) / 2] : (v[NR / 2] + v[NR / 2 + 1]) / 2 }'; }
 
 # One start of each, not counted: the first Wine start also brings up its services.
+wineserver -p
 start_once "$native" >/dev/null
 start_once wine "$windows" -platform windows:fontengine=freetype >/dev/null
-wineserver -w 2>/dev/null || true
 native_times=() windows_times=() ratios=()
 for _ in $(seq 1 "$runs"); do
     n=$(start_once "$native")
-    wineserver -w 2>/dev/null || true
     w=$(start_once wine "$windows" -platform windows:fontengine=freetype)
-    wineserver -w 2>/dev/null || true
     native_times+=("$n") windows_times+=("$w")
     ratios+=("$(awk -v w="$w" -v n="$n" 'BEGIN { printf "%.2f", w / n }')")
 done
