@@ -211,19 +211,17 @@ void clsIniFile::writeEntry(const std::string *key, const std::string *value)
 void clsIniFile::flush()
 {
     Cache &cache = *m_cache;
-    std::vector<BatchEdit> edits = std::move(cache.batchEdits);
-    cache.batchEdits.clear();
+    const std::vector<BatchEdit> edits = std::exchange(cache.batchEdits, {});
     if (!cache.pending)
         return;
     cache.pending = false;
     const std::int64_t start = platform::currentTimeNs();
-    std::string bytes;
     if (!edits.empty() && !rebaseBatch(edits)) {
         cache.loaded = false;
         cache.bytes.clear();
         return;
     }
-    bytes = cache.document.bytes();
+    std::string bytes = cache.document.bytes();
     if (!platform::replaceFileAtomically(cache.file, bytes)) {
         // Lost without a word, as the platform's write loses it; the next read sees the file as it is.
         cache.loaded = false;
