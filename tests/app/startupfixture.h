@@ -26,7 +26,7 @@
 #include "core/scripteddialogs.h"
 #include "platform/settingsstore.h"
 #include "support/frm_update.h"
-#include "support/tempdir.h"
+#include "common/tempdir.h"
 
 // Failures show a QString as its text rather than as the bytes of the object.
 inline void PrintTo(const QString &text, std::ostream *out)

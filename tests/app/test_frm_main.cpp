@@ -23,7 +23,7 @@
 #include "core/scripteddialogs.h"
 #include "platform/settingsstore.h"
 #include "startupfixture.h"
-#include "support/tempdir.h"
+#include "common/tempdir.h"
 #include "support/windowtitle.h"
 #include "version.h"
 

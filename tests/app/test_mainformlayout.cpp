@@ -28,7 +28,7 @@
 #include "app/gui/textconvert.h"
 #include "app/mainformlayout.h"
 #include "platform/regional.h"
-#include "support/tempdir.h"
+#include "common/tempdir.h"
 
 namespace {
 

@@ -16,7 +16,7 @@
 #include "editing/sortkeys.h"
 #include "simfiles/airfile.h"
 #include "simfiles/modelfile.h"
-#include "support/tempdir.h"
+#include "common/tempdir.h"
 #include "validation/batchfixtures.h"
 #include "validation/validationrun.h"
 #include "version.h"

@@ -12,7 +12,7 @@
 #include "core/runtimeerror.h"
 #include "core/scripteddialogs.h"
 #include "platform/utf8.h"
-#include "support/tempdir.h"
+#include "common/tempdir.h"
 
 #ifndef _WIN32
 #include <sys/stat.h>

@@ -7,7 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "core/clsinifile.h"
-#include "support/tempdir.h"
+#include "common/tempdir.h"
 
 using fleetwright::clsIniFile;
 using fleetwright::test::readBytes;

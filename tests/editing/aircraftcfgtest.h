@@ -7,7 +7,7 @@
 
 #include "core/clsinifile.h"
 #include "core/scripteddialogs.h"
-#include "support/tempdir.h"
+#include "common/tempdir.h"
 
 namespace fleetwright::test {
 

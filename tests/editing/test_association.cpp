@@ -10,7 +10,7 @@
 #include "editing/association.h"
 #include "editing/sortkeys.h"
 #include "platform/fileio.h"
-#include "support/tempdir.h"
+#include "common/tempdir.h"
 
 using namespace fleetwright;
 using fleetwright::test::readBytes;

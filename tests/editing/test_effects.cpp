@@ -7,7 +7,7 @@
 #include "core/scripteddialogs.h"
 #include "editing/aircraftcfgtest.h"
 #include "editing/effects.h"
-#include "support/tempdir.h"
+#include "common/tempdir.h"
 
 using namespace fleetwright;
 using fleetwright::test::readBytes;

@@ -10,7 +10,7 @@
 #include "editing/generalupdate.h"
 #include "platform/fileio.h"
 #include "simfiles/modelfile.h"
-#include "support/tempdir.h"
+#include "common/tempdir.h"
 
 using namespace fleetwright;
 using fleetwright::test::readBytes;

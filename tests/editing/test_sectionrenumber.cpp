@@ -8,7 +8,7 @@
 #include "core/scripteddialogs.h"
 #include "editing/sectionrenumber.h"
 #include "platform/fileio.h"
-#include "support/tempdir.h"
+#include "common/tempdir.h"
 
 using namespace fleetwright;
 using fleetwright::test::readBytes;

@@ -3,7 +3,7 @@
 #include "core/clsinifile.h"
 #include "core/scripteddialogs.h"
 #include "editing/sortkeys.h"
-#include "support/tempdir.h"
+#include "common/tempdir.h"
 
 using namespace fleetwright;
 using fleetwright::test::readBytes;

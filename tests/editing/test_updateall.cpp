@@ -9,7 +9,7 @@
 #include "editing/aircraftcfgtest.h"
 #include "editing/updateall.h"
 #include "platform/fileio.h"
-#include "support/tempdir.h"
+#include "common/tempdir.h"
 
 using namespace fleetwright;
 using fleetwright::test::readBytes;

@@ -10,7 +10,7 @@
 #include "folderview/folderload.h"
 #include "platform/filelookup.h"
 #include "platform/utf8.h"
-#include "support/tempdir.h"
+#include "common/tempdir.h"
 
 using namespace fleetwright;
 using fleetwright::test::crlf;

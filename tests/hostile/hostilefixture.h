@@ -13,7 +13,7 @@
 #include "core/scripteddialogs.h"
 #include "folderview/folderload.h"
 #include "hostilefolders.h"
-#include "support/tempdir.h"
+#include "common/tempdir.h"
 
 namespace fleetwright::test {
 

@@ -10,7 +10,7 @@
 
 #include "platform/codepage.h"
 #include "platform/utf8.h"
-#include "support/tempdir.h"
+#include "common/tempdir.h"
 
 namespace fleetwright::test {
 

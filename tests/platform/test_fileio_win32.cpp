@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/fileio.h"
-#include "support/tempdir.h"
+#include "common/tempdir.h"
 
 using namespace fleetwright::platform;
 using fleetwright::test::readBytes;

@@ -8,7 +8,7 @@
 #include "platform/fileio.h"
 #include "platform/filelookup.h"
 #include "platform/utf8.h"
-#include "support/tempdir.h"
+#include "common/tempdir.h"
 
 using namespace fleetwright::platform;
 using fleetwright::test::TempDir;

@@ -8,7 +8,7 @@
 
 #include "core/runtimeerror.h"
 #include "platform/settingsstore.h"
-#include "support/tempdir.h"
+#include "common/tempdir.h"
 
 using namespace fleetwright::platform;
 using fleetwright::test::readBytes;

@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/settingsstore.h"
-#include "support/tempdir.h"
+#include "common/tempdir.h"
 
 using namespace fleetwright::platform;
 

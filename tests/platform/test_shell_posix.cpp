@@ -10,7 +10,7 @@
 
 #include "platform/shell.h"
 #include "platform/utf8.h"
-#include "support/tempdir.h"
+#include "common/tempdir.h"
 
 using namespace fleetwright::platform;
 using fleetwright::test::readBytes;

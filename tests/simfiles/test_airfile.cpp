@@ -5,11 +5,11 @@
 
 #include <gtest/gtest.h>
 
-#include "airfilebuilder.h"
+#include "common/airfilebuilder.h"
 #include "core/scripteddialogs.h"
 #include "platform/fileio.h"
 #include "simfiles/airfile.h"
-#include "support/tempdir.h"
+#include "common/tempdir.h"
 
 using namespace fleetwright;
 using fleetwright::test::AirFileBuilder;

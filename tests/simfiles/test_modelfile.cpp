@@ -8,7 +8,7 @@
 #include "core/scripteddialogs.h"
 #include "platform/fileio.h"
 #include "simfiles/modelfile.h"
-#include "support/tempdir.h"
+#include "common/tempdir.h"
 
 using namespace fleetwright;
 using fleetwright::test::readBytes;

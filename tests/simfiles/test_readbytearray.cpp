@@ -9,7 +9,7 @@
 
 #include "core/runtimeerror.h"
 #include "simfiles/airfile.h"
-#include "support/tempdir.h"
+#include "common/tempdir.h"
 
 using namespace fleetwright;
 using fleetwright::test::readBytes;

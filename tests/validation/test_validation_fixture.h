@@ -11,7 +11,7 @@
 #include "core/clsinifile.h"
 #include "core/scripteddialogs.h"
 #include "platform/codepage.h"
-#include "support/tempdir.h"
+#include "common/tempdir.h"
 #include "validation/reportwriter.h"
 #include "validation/validationrun.h"
 

@@ -5,7 +5,7 @@
 #include <windows.h>
 
 #include "platform/codepage.h"
-#include "support/tempdir.h"
+#include "common/tempdir.h"
 
 namespace fleetwright::test {
 

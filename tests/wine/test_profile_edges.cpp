@@ -8,7 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "profilepair.h"
-#include "support/tempdir.h"
+#include "common/tempdir.h"
 
 // Boundaries held against the Win32 profile calls, and the places where Wine's calls depart from the rules
 // and ours keep them.

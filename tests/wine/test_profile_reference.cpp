@@ -8,7 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "profilepair.h"
-#include "support/tempdir.h"
+#include "common/tempdir.h"
 
 // Generated profile files and edit sequences, each run through clsIniFile on one copy and through the real
 // Win32 calls on another; after every step the reads, the key order and the file bytes must agree.

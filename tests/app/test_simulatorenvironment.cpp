@@ -10,7 +10,7 @@
 
 #include "app/simulatorenvironment.h"
 #include "core/runtimeerror.h"
-#include "support/tempdir.h"
+#include "common/tempdir.h"
 
 using namespace fleetwright;
 using fleetwright::test::TempDir;

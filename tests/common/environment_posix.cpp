@@ -1,8 +1,8 @@
-#include "testenvironment.h"
+#include "common/environment.h"
 
 #include <cstdlib>
 
-#include "support/tempdir.h"
+#include "common/tempdir.h"
 
 namespace fleetwright::test {
 

@@ -6,7 +6,7 @@
 
 #include "core/runtimeerror.h"
 #include "support/liveupdate.h"
-#include "support/tempdir.h"
+#include "common/tempdir.h"
 
 using namespace fleetwright;
 using fleetwright::test::TempDir;

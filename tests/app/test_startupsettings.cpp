@@ -8,8 +8,8 @@
 
 #include "app/startupsettings.h"
 #include "core/runtimeerror.h"
-#include "support/tempdir.h"
-#include "testenvironment.h"
+#include "common/tempdir.h"
+#include "common/environment.h"
 
 using namespace fleetwright;
 using fleetwright::test::ScratchSettings;

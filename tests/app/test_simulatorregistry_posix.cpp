@@ -8,8 +8,8 @@
 
 #include "app/simulatorenvironment.h"
 #include "platform/simulatorregistry.h"
-#include "support/tempdir.h"
-#include "testenvironment.h"
+#include "common/tempdir.h"
+#include "common/environment.h"
 
 using namespace fleetwright;
 using fleetwright::platform::SimulatorRegistry;

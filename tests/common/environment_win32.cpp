@@ -1,4 +1,4 @@
-#include "testenvironment.h"
+#include "common/environment.h"
 
 #include <cstdlib>
 #include <windows.h>
