@@ -1,18 +1,12 @@
 #pragma once
 
+#include <cstring>
 #include <filesystem>
-#include <functional>
-#include <map>
+#include <memory>
 #include <optional>
-#include <ostream>
-#include <string>
-#include <system_error>
 
-#include <QByteArray>
-#include <QColor>
-#include <QComboBox>
-#include <QString>
-#include <QStringList>
+#include <QtTest>
+#include <QtWidgets>
 
 #include <gtest/gtest.h>
 
@@ -21,155 +15,74 @@
 #endif
 
 #include "app/frm_main.h"
+#include "app/gui/folderwidgets.h"
 #include "app/gui/statusbarpanels.h"
+#include "app/gui/textconvert.h"
 #include "app/programstate.h"
+#include "common/environment.h"
+#include "common/modaldialog.h"
+#include "common/tempdir.h"
 #include "core/scripteddialogs.h"
 #include "platform/settingsstore.h"
 #include "support/frm_update.h"
-#include "common/tempdir.h"
-
-// Failures show a QString as its text rather than as the bytes of the object.
-inline void PrintTo(const QString &text, std::ostream *out)
-{
-    *out << '"' << text.toStdString() << '"';
-}
 
 namespace fleetwright::test {
 
-// Sets environment variables for one test and puts back what was there.
-class ScopedEnvironment
+inline QString nativeText(const std::filesystem::path &path)
 {
-public:
-    void set(const char *name, const QByteArray &value)
-    {
-        remember(name);
-        qputenv(name, value);
-#ifdef _WIN32
-        // Windows' putenv removes a variable set to nothing; the environment block itself can hold one.
-        if (value.isEmpty())
-            SetEnvironmentVariableW(QString::fromLatin1(name).toStdWString().c_str(), L"");
-#endif
-    }
-    void unset(const char *name)
-    {
-        remember(name);
-        qunsetenv(name);
-    }
-    ~ScopedEnvironment()
-    {
-        for (const auto &[name, value] : m_saved) {
-            if (value)
-                qputenv(name.c_str(), *value);
-            else
-                qunsetenv(name.c_str());
-        }
-    }
-
-private:
-    void remember(const char *name)
-    {
-        if (!m_saved.count(name))
-            m_saved[name] = qEnvironmentVariableIsSet(name) ? std::optional(qgetenv(name)) : std::nullopt;
-    }
-    std::map<std::string, std::optional<QByteArray>> m_saved;
-};
-
-inline QByteArray bytesOf(const std::filesystem::path &path)
-{
-    return QByteArray::fromStdString(path.string());
+    return QDir::toNativeSeparators(QString::fromStdString(path.string()));
 }
 
-// Whether actual leads to the existing entry at expected and is spelt like it but for letter case, which
-// Windows ignores in names. Where the file system tells case, only the exact spelling leads there.
-inline ::testing::AssertionResult isSameEntry(const std::filesystem::path &actual,
-                                              const std::filesystem::path &expected)
-{
-    std::error_code error;
-    const bool spelt = QString::fromStdWString(actual.wstring())
-                           .compare(QString::fromStdWString(expected.wstring()), Qt::CaseInsensitive)
-        == 0;
-    if (spelt && std::filesystem::equivalent(actual, expected, error))
-        return ::testing::AssertionSuccess();
-    return ::testing::AssertionFailure() << actual << " is not the entry " << expected;
-}
-
-// Stands in for the update dialog while it lives: activating a main window with the store's defaults runs the
-// weekly update check, which must neither open a modal dialog nor reach the network. shown counts the dialogs
-// that would have opened.
-class UpdateFormStandIn
-{
-public:
-    UpdateFormStandIn()
-        : m_saved(UpdateController::showUpdateForm)
-    {
-        UpdateController::showUpdateForm = [this](frm_Main &) { ++shown; };
-    }
-    ~UpdateFormStandIn() { UpdateController::showUpdateForm = m_saved; }
-    UpdateFormStandIn(const UpdateFormStandIn &) = delete;
-    UpdateFormStandIn &operator=(const UpdateFormStandIn &) = delete;
-
-    int shown = 0;
-
-private:
-    std::function<void(frm_Main &)> m_saved;
-};
-
-// A machine of the test's own: a settings file, no Wine prefix, and the simulators the test installs.
+// A machine of the test's own: a settings file, no Wine prefix, the simulators the test installs, and no
+// update dialog (activating a main window runs the weekly check; updateFormsShown counts what would open).
 class StartUp : public ::testing::Test
 {
 protected:
     void SetUp() override
     {
-        env.set("FLEETWRIGHT_SETTINGS", bytesOf(dir / "settings.ini"));
-        env.set("WINEPREFIX", bytesOf(dir / "no-prefix"));
-        env.set("FLEETWRIGHT_FS9_DIR", "");
-        env.set("FLEETWRIGHT_FSX_DIR", "");
-        env.set("FLEETWRIGHT_APPDATA", bytesOf(dir / "appdata"));
-        fleetwright::programState() = {};
+        for (const char *name : {"FLEETWRIGHT_FS9_DIR", "FLEETWRIGHT_FSX_DIR"})
+            setEnv(name, "");
+        setEnv("FLEETWRIGHT_SETTINGS", (dir / "settings.ini").string());
+        setEnv("WINEPREFIX", (dir / "no-prefix").string());
+        setEnv("FLEETWRIGHT_APPDATA", (dir / "appdata").string());
+        programState() = {};
+        m_savedUpdateForm = std::exchange(UpdateController::showUpdateForm, [this](frm_Main &) { ++updateFormsShown; });
     }
-
-    std::filesystem::path installFs9(bool withAirlines)
+    void TearDown() override
     {
-        const auto root = dir / "FS9";
-        std::filesystem::create_directories(root / "Aircraft");
-        if (withAirlines)
-            writeBytes(root / "Aircraft" / "airlines.cfg", "[atc_airline.0]\r\nname=Alpha\r\n");
-        env.set("FLEETWRIGHT_FS9_DIR", bytesOf(root));
-        return root;
+        UpdateController::showUpdateForm = m_savedUpdateForm;
+        while (!m_variables.empty())
+            m_variables.pop_back();
     }
-
-    std::filesystem::path installFsx(bool withAirlines)
+    void setEnv(const char *name, const std::optional<std::string> &value)
     {
-        const auto root = dir / "FSX";
-        std::filesystem::create_directories(root / "SimObjects" / "Airplanes");
-        std::filesystem::create_directories(root / "SimObjects" / "Rotorcraft");
-        std::filesystem::create_directories(root / "SimObjects" / "old.bak");
-        if (withAirlines)
-            writeBytes(root / "airlines.cfg", "a\r\nb\r\n");
-        env.set("FLEETWRIGHT_FSX_DIR", bytesOf(root));
-        return root;
+        m_variables.push_back(std::make_unique<ScopedVariable>(name, value));
+#ifdef _WIN32
+        // Windows' putenv removes a variable set to nothing; the block the registry reads can hold one.
+        if (value && value->empty())
+            SetEnvironmentVariableW(std::wstring(name, name + std::strlen(name)).c_str(), L"");
+#endif
     }
-
-    static QStringList comboTexts(const frm_Main &form)
+    std::filesystem::path openAircraft(frm_Main &form, const std::string &cfg, const char *name = "Corvane")
     {
-        QStringList texts;
-        for (int i = 0; i < form.controls().combo_SimFolder->count(); ++i)
-            texts << form.controls().combo_SimFolder->itemText(i);
-        return texts;
+        writeBytes(dir / name / "aircraft.cfg", cfg);
+        form.controls().Dir1->setPath(nativeText(dir / name));
+        return dir / name;
     }
-
-    static void expectPanel(const frm_Main &form, int panel, const QString &text, const QColor &colour)
+    static void openRow(frm_Main &form, int row)
     {
-        SCOPED_TRACE(panel);
-        EXPECT_EQ(form.controls().StatusBar1->panelText(panel), text);
-        EXPECT_EQ(form.controls().StatusBar1->panelColour(panel), colour);
+        form.controls().ListView1->setCurrentItem(form.controls().ListView1->topLevelItem(row));
+        form.ListView1_DblClick();
     }
 
     TempDir dir;
-    ScopedEnvironment env;
-    fleetwright::ScriptedDialogs dialogs;
-    fleetwright::platform::SettingsStore settings;
-    UpdateFormStandIn updateForms;
+    ScriptedDialogs dialogs;
+    platform::SettingsStore settings;
+    int updateFormsShown = 0;
+
+private:
+    std::vector<std::unique_ptr<ScopedVariable>> m_variables;
+    std::function<void(frm_Main &)> m_savedUpdateForm;
 };
 
 } // namespace fleetwright::test

@@ -4,308 +4,182 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "common/tempdir.h"
 #include "core/aircraftfilestore.h"
+#include "core/errorbox.h"
 #include "core/runtimeerror.h"
 #include "core/scripteddialogs.h"
-#include "platform/utf8.h"
-#include "common/tempdir.h"
 
 #ifndef _WIN32
 #include <sys/stat.h>
 #endif
 
 using namespace fleetwright;
-using fleetwright::test::readBytes;
-using fleetwright::test::TempDir;
-using fleetwright::test::widePath;
-using fleetwright::test::writeBytes;
+using namespace fleetwright::test;
 namespace fs = std::filesystem;
 using namespace std::string_literals;
+using Lines = std::vector<std::u16string>;
+using Records = std::vector<DialogRecord>;
 
 namespace {
 
-using Lines = std::vector<std::u16string>;
-
-// The number and text of the RuntimeError that run throws; nothing when it throws none.
-std::optional<std::pair<int, std::u16string>> runtimeErrorOf(const std::function<void()> &run)
+// The common error box text of the RuntimeError that run throws; empty when it throws none.
+std::u16string errorOf(const std::function<void()> &run)
 {
     try {
         run();
     } catch (const RuntimeError &error) {
-        return std::make_pair(error.number(), error.description());
+        return commonErrorText(error);
     }
-    return std::nullopt;
+    return {};
+}
+
+std::u16string errorText(int number, const std::u16string &description, const std::u16string &procedure = {})
+{
+    return commonErrorText(RuntimeError(number, description, procedure));
 }
 
 } // namespace
 
 TEST(FileToArray, OneStrippedElementPerLine)
 {
-    const struct
-    {
-        const char *name;
-        std::string bytes;
-        Lines expected;
-    } rows[] = {
-        {"last line without line end", "a\r\nb\r\nc", {u"a", u"b", u"c"}},
-        {"last line with line end", "a\r\nb\r\nc\r\n", {u"a", u"b", u"c"}},
-        {"one line end only", "\r\n", {u""}},
-        {"blank lines stay", "[fltsim.0]\r\n\r\n\r\ntitle=x\r\n", {u"[fltsim.0]", u"", u"", u"title=x"}},
-        {"comments cut",
-         "title=abc // note\r\n   // only a comment\r\ndescription=see a//b\r\ntexture=x\t// y\r\n",
-         {u"title=abc", u"", u"description=see a", u"texture=x\t"}},
-        {"blanks trimmed, tabs kept", "  key=value  \r\n\tkey=value\t\r\n", {u"key=value", u"\tkey=value\t"}},
-        {"LF and lone CR end lines too", "a\nb\rc\r\n\r\nd\n\re", {u"a", u"b", u"c", u"", u"d", u"", u"e"}},
-        {"CR at the very end", "a\r", {u"a"}},
-        {"Windows-1252 text", "title=Caf\xE9 \x80 \x9F\r\n", {u"title=Caf\u00E9 \u20AC \u0178"}},
-        {"semicolon comments are text here", "; painted by // Jo\r\n", {u"; painted by"}},
+    const std::tuple<std::string, Lines> rows[] = {
+        {"a\r\nb\r\nc", {u"a", u"b", u"c"}},
+        {"a\r\nb\r\nc\r\n", {u"a", u"b", u"c"}},
+        {"\r\n", {u""}},
+        {"[fltsim.0]\r\n\r\n\r\ntitle=x\r\n", {u"[fltsim.0]", u"", u"", u"title=x"}},
+        {"a\nb\rc\r\n\r\nd\n\re", {u"a", u"b", u"c", u"", u"d", u"", u"e"}},
+        {"a\r", {u"a"}},
+        // StripComment: the text before the first "//", blanks (not tabs) trimmed; Windows-1252 text.
+        {"title=abc // note\r\n   // only\r\n  k=v  \r\n\tk=x\t// y\r\na//b\r\nsub/dir /x\r\na ///b // c\r\n",
+         {u"title=abc", u"", u"k=v", u"\tk=x\t", u"a", u"sub/dir /x", u"a"}},
+        {"url=http://x\r\n    \r\n//\r\n[fltsim.0]//x\r\nCaf\xE9 \x80 \x9F \r\n",
+         {u"url=http:", u"", u"", u"[fltsim.0]", u"Caf\u00E9 \u20AC \u0178"}},
     };
-    for (const auto &row : rows) {
-        SCOPED_TRACE(row.name);
+    for (const auto &[bytes, expected] : rows) {
         TempDir dir;
-        writeBytes(dir / "aircraft.cfg", row.bytes);
+        writeBytes(dir / "aircraft.cfg", bytes);
         Lines lines;
-        FileToArray(widePath(dir / "aircraft.cfg"), lines);
-        EXPECT_EQ(lines, row.expected);
+        std::vector<std::size_t> served;
+        FileToArray(widePath(dir / "aircraft.cfg"), lines, nullptr, [&] { served.push_back(lines.size()); });
+        EXPECT_EQ(lines, expected) << testing::PrintToString(bytes);
+        ASSERT_EQ(served.size(), expected.size());
+        EXPECT_EQ(served.back(), expected.size());
     }
 }
 
-TEST(FileToArray, ArrayPassedInBecomesTheFilesLinesOrStaysWithNothingToRead)
+TEST(FileToArray, FindsTheFileInAnyCaseAndLeavesTheArrayWithNothingToRead)
 {
     TempDir dir;
-    const Lines previous = {u"one", u"two", u"three", u"four"};
     ScriptedDialogs dialogs;
-
-    writeBytes(dir / "short.cfg", "x\r\ny");
-    Lines lines = previous;
-    FileToArray(widePath(dir / "short.cfg"), lines, &dialogs);
-    EXPECT_EQ(lines, (Lines {u"x", u"y"}));
-
-    // No line to store: the array stays as it came, which for the fresh array callers pass means empty.
+    writeBytes(dir / "Model" / "MODEL.CFG", "x\r\ny");
     writeBytes(dir / "empty.cfg", "");
-    lines = previous;
-    FileToArray(widePath(dir / "empty.cfg"), lines, &dialogs);
-    EXPECT_EQ(lines, previous);
-    Lines fresh;
-    FileToArray(widePath(dir / "empty.cfg"), fresh, &dialogs);
-    EXPECT_TRUE(fresh.empty());
-
-    lines = previous;
-    FileToArray(widePath(dir / "missing.cfg"), lines, &dialogs);
-    EXPECT_EQ(lines, previous);
-
     fs::create_directory(dir / "folder.cfg");
-    FileToArray(widePath(dir / "folder.cfg"), lines, &dialogs);
-    EXPECT_EQ(lines, previous);
-
-    FileToArray(u"", lines, &dialogs);
-    EXPECT_EQ(lines, previous);
-
-    EXPECT_TRUE(dialogs.records().empty());
-}
-
-TEST(FileToArray, FindsTheFileWithoutRegardToCase)
-{
-    TempDir dir;
-    writeBytes(dir / "Model" / "MODEL.CFG", "[models]\r\nnormal=plane\r\n");
-    Lines lines;
-    FileToArray(widePath(dir / "model" / "model.cfg"), lines);
-    EXPECT_EQ(lines, (Lines {u"[models]", u"normal=plane"}));
-}
-
-TEST(FileToArray, ServesEventsAfterEveryLine)
-{
-    TempDir dir;
-    writeBytes(dir / "aircraft.cfg", "a\r\nb\r\nc");
-    Lines lines;
-    std::vector<std::size_t> seen;
-    FileToArray(widePath(dir / "aircraft.cfg"), lines, nullptr, [&] { seen.push_back(lines.size()); });
-    EXPECT_EQ(seen, (std::vector<std::size_t> {1, 2, 3}));
-}
-
-TEST(FileToArray, UnreadableFileShowsTheCommonErrorBox)
-{
-#ifdef _WIN32
-    GTEST_SKIP() << "needs a named pipe in the file's place";
-#else
-    TempDir dir;
-    const fs::path pipe = dir / "aircraft.cfg";
-    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
-    const Lines previous = {u"kept"};
+    const Lines previous = {u"one", u"two", u"three"};
     Lines lines = previous;
-    ScriptedDialogs dialogs;
-    FileToArray(widePath(pipe), lines, &dialogs);
+    FileToArray(widePath(dir / "model" / "model.cfg"), lines, &dialogs);
+    EXPECT_EQ(lines, (Lines {u"x", u"y"}));
+    for (const fs::path &nothing : {dir / "empty.cfg", dir / "missing.cfg", dir / "folder.cfg", fs::path()}) {
+        lines = previous;
+        FileToArray(widePath(nothing), lines, &dialogs);
+        EXPECT_EQ(lines, previous) << nothing;
+    }
+    EXPECT_TRUE(dialogs.records().empty());
+#ifndef _WIN32
+    // A file that exists and will not open: a pipe with no writer.
+    ASSERT_EQ(::mkfifo((dir / "pipe.cfg").c_str(), 0600), 0);
+    FileToArray(widePath(dir / "pipe.cfg"), lines, &dialogs);
+    FileToArray(widePath(dir / "pipe.cfg"), lines);
     EXPECT_EQ(lines, previous);
-    ASSERT_EQ(dialogs.records().size(), 1u);
-    EXPECT_EQ(dialogs.records()[0].kind, DialogKind::Plain);
-    EXPECT_EQ(dialogs.records()[0].text,
-              u"A runtime error has occured\r\n\r\nError number: 70\r\nError description: Permission denied\r\n"
-              u"Procedure FileToArray\r\nLine: 0\r\nFormular frm_Main");
-
-    // Without dialogs nothing is shown and nothing is thrown.
-    FileToArray(widePath(pipe), lines);
-    EXPECT_EQ(lines, previous);
+    EXPECT_EQ(dialogs.records(),
+              (Records {{DialogKind::Plain, u"", errorText(70, u"Permission denied", u"FileToArray")}}));
 #endif
 }
 
-TEST(ArrayRemoveItem, RemovesInsideTheBoundsAndKeepsALastElement)
+TEST(ArrayRemoveItem, RemovesInsideTheBoundsKeepsALastElementAndRaisesOutside)
 {
-    const struct
-    {
-        Lines before;
-        std::int32_t index;
-        Lines after;
-    } rows[] = {
-        {{u"a", u"b", u"c"}, 0, {u"b", u"c"}},
-        {{u"a", u"b", u"c"}, 1, {u"a", u"c"}},
-        {{u"a", u"b", u"c"}, 2, {u"a", u"b"}},
-        {{u"a", u"b"}, 1, {u"a"}},
-        {{u"a"}, 0, {u"a"}},
+    const std::u16string outside = errorText(9, u"Subscript out of Range", u"ArrayRemoveItem");
+    const std::tuple<Lines, std::int32_t, Lines, std::u16string> rows[] = {
+        {{u"a", u"b", u"c"}, 0, {u"b", u"c"}, u""},
+        {{u"a", u"b", u"c"}, 2, {u"a", u"b"}, u""},
+        {{u"a", u"b"}, 1, {u"a"}, u""},
+        {{u"a"}, 0, {u"a"}, u""},
+        {{u"a", u"b"}, 2, {u"a", u"b"}, outside},
+        {{u"a", u"b"}, -1, {u"a", u"b"}, outside},
+        {{}, 0, {}, outside},
     };
-    for (const auto &row : rows) {
-        SCOPED_TRACE(::testing::Message() << row.before.size() << " elements, index " << row.index);
-        Lines array = row.before;
-        ArrayRemoveItem(array, row.index);
-        EXPECT_EQ(array, row.after);
-        array = row.before;
-        ArrayRemoveItem(&array, row.index);
-        EXPECT_EQ(array, row.after);
+    for (const auto &[before, index, after, error] : rows) {
+        Lines array = before;
+        EXPECT_EQ(errorOf([&] { ArrayRemoveItem(array, index); }), error) << index;
+        EXPECT_EQ(array, after);
+        array = before;
+        EXPECT_EQ(errorOf([&] { ArrayRemoveItem(&array, index); }), error) << index;
+        EXPECT_EQ(array, after);
     }
+    EXPECT_EQ(errorOf([] { ArrayRemoveItem(static_cast<Lines *>(nullptr), 0); }),
+              errorText(13, u"Type Mismatch", u"ArrayRemoveItem"));
 }
 
-TEST(ArrayRemoveItem, RaisesSubscriptAndTypeErrors)
-{
-    const struct
-    {
-        Lines before;
-        std::int32_t index;
-    } outside[] = {
-        {{u"a", u"b", u"c"}, 3},
-        {{u"a", u"b", u"c"}, -1},
-        {{u"a"}, 1},
-        {{}, 0},
-    };
-    for (const auto &row : outside) {
-        SCOPED_TRACE(::testing::Message() << row.before.size() << " elements, index " << row.index);
-        Lines array = row.before;
-        const auto error = runtimeErrorOf([&] { ArrayRemoveItem(array, row.index); });
-        ASSERT_TRUE(error);
-        EXPECT_EQ(error->first, 9);
-        EXPECT_EQ(error->second, u"Subscript out of Range");
-        EXPECT_EQ(array, row.before);
-    }
-    const auto error = runtimeErrorOf([] { ArrayRemoveItem(static_cast<Lines *>(nullptr), 0); });
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->first, 13);
-    EXPECT_EQ(error->second, u"Type Mismatch");
-}
-
-TEST(MakeBackup, BackupPathReplacesTheLastFourCharacters)
+TEST(MakeBackup, CopiesOnceBesideTheFileAndNeverReplacesTheFirstBackup)
 {
     EXPECT_EQ(backupPath(u"C:\\FS9\\Aircraft\\b737\\aircraft.cfg"), u"C:\\FS9\\Aircraft\\b737\\aircraft.corvane");
-    EXPECT_EQ(backupPath(u"/home/u/sim/aircraft.cfg"), u"/home/u/sim/aircraft.corvane");
-    EXPECT_EQ(backupPath(u"x.cfg"), u"x.corvane");
     EXPECT_EQ(backupPath(u"abcd"), u".corvane");
-    const auto error = runtimeErrorOf([] { backupPath(u"cfg"); });
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->first, 5);
-}
+    EXPECT_EQ(errorOf([] { backupPath(u"cfg"); }), errorText(5, u"Invalid procedure call or argument", u"MakeBackup"));
 
-TEST(MakeBackup, CopiesOnceAndNeverReplacesTheFirstBackup)
-{
     TempDir dir;
     const fs::path cfg = dir / "aircraft.cfg";
-    const fs::path backup = dir / "aircraft.corvane";
     const std::string original = "[fltsim.0]\r\ntitle=Caf\xE9\r\n\x00\xFF"s;
     writeBytes(cfg, original);
-
     MakeBackup(widePath(cfg), false);
-    EXPECT_FALSE(fs::exists(backup));
-
+    EXPECT_FALSE(fs::exists(dir / "aircraft.corvane"));
     MakeBackup(widePath(cfg), true);
-    ASSERT_TRUE(fs::exists(backup));
-    EXPECT_EQ(readBytes(backup), original);
-
+    EXPECT_EQ(readBytes(dir / "aircraft.corvane"), original);
+    // A backup that exists, in any spelling, is never written again.
+    const fs::path backup = dir / "AIRCRAFT.CORVANE";
+    fs::rename(dir / "aircraft.corvane", backup);
     fs::last_write_time(backup, fs::file_time_type::clock::now() - std::chrono::hours(48));
-    const auto stamp = fs::last_write_time(backup); // as the file system keeps it
+    const auto stamp = fs::last_write_time(backup);
     writeBytes(cfg, "[fltsim.0]\r\ntitle=changed\r\n");
-    MakeBackup(widePath(cfg), true);
     MakeBackup(widePath(cfg), true);
     EXPECT_EQ(readBytes(backup), original);
     EXPECT_EQ(fs::last_write_time(backup), stamp);
-}
-
-TEST(MakeBackup, BackupSpelledOtherwiseCounts)
-{
-    TempDir dir;
-    writeBytes(dir / "aircraft.cfg", "new");
-    writeBytes(dir / "AIRCRAFT.CORVANE", "old");
-    MakeBackup(widePath(dir / "aircraft.cfg"), true);
-    EXPECT_EQ(readBytes(dir / "AIRCRAFT.CORVANE"), "old");
     EXPECT_EQ(std::distance(fs::directory_iterator(dir.path()), fs::directory_iterator()), 2);
-}
 
-TEST(MakeBackup, FailedCopyRaisesTheRunTimesNumbers)
-{
-    TempDir dir;
+    // A failed copy raises the run time's numbers and leaves no backup behind.
     writeBytes(dir / "blocked" / "aircraft.cfg", "x");
     fs::create_directory(dir / "blocked" / "aircraft.corvane");
-    const struct
-    {
-        const char *name;
-        fs::path cfg;
-        int number;
-        std::u16string description;
-    } rows[] = {
-        {"file missing", dir / "aircraft.cfg", 53, u"File not found"},
-        {"folder missing", dir / "gone" / "aircraft.cfg", 76, u"Path not found"},
-        {"a folder where the backup goes", dir / "blocked" / "aircraft.cfg", 70, u"Permission denied"},
+    const std::tuple<fs::path, int, std::u16string> failures[] = {
+        {dir / "missing" / "aircraft.cfg", 53, u"File not found"},
+        {dir / "gone" / "aircraft.cfg", 76, u"Path not found"},
+        {dir / "blocked" / "aircraft.cfg", 70, u"Permission denied"},
     };
-    for (const auto &row : rows) {
-        SCOPED_TRACE(row.name);
-        try {
-            MakeBackup(widePath(row.cfg), true);
-            ADD_FAILURE() << "no error";
-        } catch (const RuntimeError &error) {
-            EXPECT_EQ(error.number(), row.number);
-            EXPECT_EQ(error.description(), row.description);
-            EXPECT_EQ(error.procedure(), u"MakeBackup");
-        }
-    }
-    EXPECT_TRUE(fs::is_directory(dir / "blocked" / "aircraft.corvane"));
-    EXPECT_FALSE(fs::exists(dir / "aircraft.corvane"));
+    fs::create_directory(dir / "missing");
+    for (const auto &[file, number, description] : failures)
+        EXPECT_EQ(errorOf([&] { MakeBackup(widePath(file), true); }), errorText(number, description, u"MakeBackup"));
+    EXPECT_TRUE(fs::is_empty(dir / "missing"));
     EXPECT_FALSE(fs::exists(dir / "gone"));
+    EXPECT_TRUE(fs::is_directory(dir / "blocked" / "aircraft.corvane"));
 }
 
 TEST(CheckedRows, PositionsAsTextAndTheirSections)
 {
     EXPECT_EQ(checkedRowList({true, false, true}), (Lines {u"0", u"2"}));
-    EXPECT_EQ(checkedRowList({false, false}), Lines {});
     EXPECT_EQ(checkedRowList({}), Lines {});
-
     std::vector<bool> rows(32767, false);
     rows[10] = rows[32766] = true;
     EXPECT_EQ(checkedRowList(rows), (Lines {u"10", u"32766"}));
     rows.push_back(false);
-    const auto error = runtimeErrorOf([&] { checkedRowList(rows); });
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->first, 6);
-    EXPECT_EQ(error->second, u"Overflow");
-
+    EXPECT_EQ(errorOf([&] { checkedRowList(rows); }), errorText(6, u"Overflow"));
     // Row r stands for the section in place r + 1 of the whole file.
     const Lines checked = {u"0", u"2", u"10"};
-    const struct
-    {
-        std::int32_t place;
-        bool expected;
-    } places[] = {{1, true}, {2, false}, {3, true}, {4, false}, {11, true}, {0, false}, {-1, false}};
-    for (const auto &row : places) {
-        SCOPED_TRACE(::testing::Message() << "place " << row.place);
-        EXPECT_EQ(sectionIsChecked(row.place, checked), row.expected);
+    for (const auto &[place, expected] : std::vector<std::pair<std::int32_t, bool>> {
+             {1, true}, {2, false}, {3, true}, {4, false}, {11, true}, {0, false}, {-1, false}}) {
+        EXPECT_EQ(sectionIsChecked(place, checked), expected) << "place " << place;
     }
 }
 
@@ -313,18 +187,52 @@ TEST(ConfirmUpdate, AsksOnlyWhenConfirmationIsOn)
 {
     ScriptedDialogs dialogs;
     EXPECT_TRUE(confirmUpdate(dialogs, false));
-    EXPECT_TRUE(dialogs.records().empty());
-
     dialogs.pushAnswer(true);
     dialogs.pushAnswer(false);
-    dialogs.pushAnswer(false);
     EXPECT_TRUE(confirmUpdate(dialogs, true));
-    EXPECT_FALSE(confirmUpdate(dialogs, true));
-    EXPECT_FALSE(confirmUpdate(dialogs, true, u"Delete the checked sections?"));
-    const std::vector<DialogRecord> expected = {
-        {DialogKind::Question, u"", u"Are you sure?"},
-        {DialogKind::Question, u"", u"Are you sure?"},
-        {DialogKind::Question, u"", u"Delete the checked sections?"},
-    };
-    EXPECT_EQ(dialogs.records(), expected);
+    EXPECT_FALSE(confirmUpdate(dialogs, true, u"Delete?"));
+    EXPECT_EQ(dialogs.records(),
+              (Records {{DialogKind::Question, u"", u"Are you sure?"}, {DialogKind::Question, u"", u"Delete?"}}));
+}
+
+TEST(CommonErrorBox, NamesErrorRoutineAndForm)
+{
+    ScriptedDialogs dialogs;
+    showCommonError(dialogs, RuntimeError(53, u"File not found", u"MakeBackup"));
+    EXPECT_EQ(dialogs.records(),
+              (Records {{DialogKind::Plain, u"",
+                         u"A runtime error has occured\r\n\r\nError number: 53\r\nError "
+                         u"description: File not found\r\nProcedure MakeBackup\r\nLine: 0\r\n"
+                         u"Formular frm_Main"}}));
+    EXPECT_EQ(commonErrorText(RuntimeError(-2147217865, u"Table not found", u"Form_Load"), u"frm_ParkingCode"),
+              u"A runtime error has occured\r\n\r\nError number: -2147217865\r\nError description: Table not found\r\n"
+              u"Procedure Form_Load\r\nLine: 0\r\nFormular frm_ParkingCode");
+}
+
+// Every other test relies on a box without a scripted answer failing instead of getting a made-up answer.
+TEST(ScriptedDialogs, FailsOnABoxItHasNoAnswerFor)
+{
+    ScriptedDialogs dialogs;
+    dialogs.pushButton(2);
+    EXPECT_THROW(dialogs.question(u"Delete fltsim.3?", u"Remove"), std::logic_error);
+    EXPECT_EQ(dialogs.threeButtonQuestion(u"Which?", u"", u"a", u"b", u"c"), 2);
+    EXPECT_THROW(dialogs.inputBox(u"Enter", u"", u""), std::logic_error);
+}
+
+// The checker commands answer every question with No, the version question with the button set, and pass
+// every box on.
+TEST(NeverAskDialogs, AnswersWithoutAskingAndPassesBoxesOn)
+{
+    Records sunk;
+    NeverAskDialogs dialogs(false, [&](const DialogRecord &record) { sunk.push_back(record); });
+    dialogs.setButton(2);
+    EXPECT_FALSE(dialogs.question(u"Are you sure?", u""));
+    EXPECT_EQ(dialogs.threeButtonQuestion(u"Which?", u"", u"a", u"b", u"c"), 2);
+    EXPECT_EQ(dialogs.yesNoCancel(u"Save?", u""), 2);
+    EXPECT_EQ(dialogs.inputBox(u"Enter", u"", u"default"), std::nullopt);
+    dialogs.critical(u"read-only", u"Fleetwright");
+    EXPECT_TRUE(dialogs.messages().empty());
+    ASSERT_EQ(sunk.size(), 5u);
+    EXPECT_EQ(sunk[4], (DialogRecord {DialogKind::Critical, u"Fleetwright", u"read-only"}));
+    EXPECT_TRUE(NeverAskDialogs(true).question(u"Are you sure?", u""));
 }

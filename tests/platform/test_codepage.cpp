@@ -3,85 +3,69 @@
 #include <gtest/gtest.h>
 
 #include "platform/codepage.h"
+#include "platform/utf8.h"
 
 using namespace fleetwright::platform;
 
-TEST(CodePage, EveryByteRoundTrips)
+TEST(CodePage, MappingAndRoundTrip)
 {
     std::string all;
     for (int byte = 0; byte < 256; ++byte)
         all.push_back(static_cast<char>(byte));
-    const std::u16string wide = fromCodePage(all);
-    ASSERT_EQ(wide.size(), 256u);
-    EXPECT_EQ(toCodePage(wide), all);
-    for (int byte = 0; byte < 256; ++byte) {
-        SCOPED_TRACE(byte);
-        EXPECT_EQ(static_cast<unsigned char>(wideToCodePage(codePageToWide(static_cast<unsigned char>(byte)))), byte);
-    }
-}
-
-TEST(CodePage, Mapping)
-{
-    struct Row
+    ASSERT_EQ(fromCodePage(all).size(), 256u);
+    EXPECT_EQ(toCodePage(fromCodePage(all)), all);
+    // The five bytes the code page leaves undefined (0x81, 0x8D, ...) stand for the C1 controls of that value.
+    const struct
     {
         unsigned char byte;
         char16_t wide;
-    };
-    const Row rows[] = {
-        {'A', u'A'},
-        {0x00, 0x0000},
-        {0x7F, 0x007F},
-        {0x80, u'€'},
-        {0x8A, u'Š'},
-        {0x9A, u'š'},
-        {0x9F, u'Ÿ'},
-        {0x96, u'–'},
-        {0x99, u'™'},
-        {0xA0, 0x00A0},
-        {0xE9, u'é'},
-        {0xFF, u'ÿ'},
-        // The five bytes the code page leaves undefined stand for the C1 controls of the same value.
-        {0x81, 0x0081},
-        {0x8D, 0x008D},
-        {0x8F, 0x008F},
-        {0x90, 0x0090},
-        {0x9D, 0x009D},
-    };
-    for (const Row &row : rows) {
-        SCOPED_TRACE(row.byte);
-        EXPECT_EQ(codePageToWide(row.byte), row.wide);
-        EXPECT_EQ(static_cast<unsigned char>(wideToCodePage(row.wide)), row.byte);
+    } rows[] = {{'A', u'A'},  {0x00, 0},    {0x7F, 0x7F}, {0x80, u'€'}, {0x8A, u'Š'}, {0x9A, u'š'},
+                {0x9F, u'Ÿ'}, {0x96, u'–'}, {0x99, u'™'}, {0xA0, 0xA0}, {0xE9, u'é'}, {0xFF, u'ÿ'},
+                {0x81, 0x81}, {0x8D, 0x8D}, {0x8F, 0x8F}, {0x90, 0x90}, {0x9D, 0x9D}};
+    for (const auto &row : rows) {
+        EXPECT_EQ(codePageToWide(row.byte), row.wide) << int(row.byte);
+        EXPECT_EQ(static_cast<unsigned char>(wideToCodePage(row.wide)), row.byte) << int(row.byte);
     }
-    EXPECT_EQ(fromCodePage("\x80 5"), u"€ 5");
-    EXPECT_EQ(toCodePage(u"€ 5"), "\x80 5");
-}
-
-TEST(CodePage, CharactersOutsideBecomeQuestionMarks)
-{
-    EXPECT_EQ(toCodePage(u"a\u0100b"), "a?b");    // Ā
-    EXPECT_EQ(toCodePage(u"\u4E2D\u6587"), "??"); // two CJK characters
-    EXPECT_EQ(wideToCodePage(u'\u0080'), '?');    // a C1 control the code page maps elsewhere
-    // One character beyond the 16-bit range, a surrogate pair: one "?".
-    EXPECT_EQ(toCodePage(u"x\U0001F600y"), "x?y");
-    // A lone surrogate is one unknown character as well.
-    EXPECT_EQ(toCodePage(std::u16string(u"x") + char16_t(0xD800) + u"y"), "x?y");
-    EXPECT_EQ(toCodePage(std::u16string(u"x") + char16_t(0xDC00)), "x?");
+    // Characters outside become "?": one for a surrogate pair, one for a lone surrogate.
+    EXPECT_EQ(toCodePage(u"\u20AC a\u0100b\u4E2D\U0001F600"), "\x80 a?b??");
+    EXPECT_EQ(toCodePage(std::u16string(u"x") + char16_t(0xD800) + u"y" + char16_t(0xDC00)), "x?y?");
+    EXPECT_EQ(wideToCodePage(u'\u0080'), '?') << "a C1 control the code page maps elsewhere";
 }
 
 TEST(CodePage, FoldUpper)
 {
-    EXPECT_EQ(foldUpper("fltsim.0"), "FLTSIM.0");
-    EXPECT_EQ(foldUpper(toCodePage(u"é")), toCodePage(u"É"));
-    EXPECT_EQ(foldUpper(toCodePage(u"š")), toCodePage(u"Š"));
-    EXPECT_EQ(foldUpper(toCodePage(u"ÿ")), toCodePage(u"Ÿ"));
-    EXPECT_EQ(foldUpper(toCodePage(u"œž")), toCodePage(u"ŒŽ"));
-    EXPECT_EQ(foldUpper(toCodePage(u"ÉŠŸ")), toCodePage(u"ÉŠŸ"));
-    // ÷ and × sit among the letters but are no letters.
-    EXPECT_EQ(foldUpper(toCodePage(u"÷")), toCodePage(u"÷"));
-    EXPECT_EQ(foldUpper(toCodePage(u"×")), toCodePage(u"×"));
-    EXPECT_EQ(foldByteUpper(0xF7), 0xF7);
-    EXPECT_EQ(foldByteUpper(0xD7), 0xD7);
-    // ß has no single capital in the code page.
-    EXPECT_EQ(foldByteUpper(0xDF), 0xDF);
-    EXPECT_EQ(foldByteUpper('['), '[');
+    EXPECT_EQ(foldUpper("fltsim.0[]"), "FLTSIM.0[]");
+    EXPECT_EQ(foldUpper(toCodePage(u"éšÿœžàþÉŠŸ")), toCodePage(u"ÉŠŸŒŽÀÞÉŠŸ"));
+    // ÷ and × sit among the letters but are no letters; ß has no single capital.
+    for (const int byte : {0xF7, 0xD7, 0xDF, 0xB5, 0xAA})
+        EXPECT_EQ(foldByteUpper(byte), byte) << byte;
+    for (int byte = 0xE0; byte <= 0xFE; ++byte)
+        EXPECT_EQ(foldByteUpper(byte), byte == 0xF7 ? 0xF7 : byte - 0x20) << byte;
+}
+
+TEST(Utf8, RoundTripAndOddInput)
+{
+    const std::u16string text = u"A \u00E9\u00A6\u20AC \u4E2D \U0001F600 \uFFFF";
+    const std::string bytes = "A \xC3\xA9\xC2\xA6\xE2\x82\xAC \xE4\xB8\xAD \xF0\x9F\x98\x80 \xEF\xBF\xBF";
+    EXPECT_EQ(toUtf8(text), bytes);
+    EXPECT_EQ(fromUtf8(bytes), text);
+    EXPECT_EQ(fromUtf8(std::string("a\0b", 3)), std::u16string(u"a\0b", 3));
+    // A lone surrogate cannot be written as UTF-8.
+    EXPECT_EQ(toUtf8(std::u16string(u"a") + char16_t(0xD800) + u"b" + char16_t(0xDC00)),
+              "a\xEF\xBF\xBD"
+              "b\xEF\xBF\xBD");
+    // Bytes that start no valid sequence read as Windows-1252: cut short, overlong, a surrogate, beyond U+10FFFF.
+    const struct
+    {
+        const char *bytes;
+        const char16_t *text;
+    } rows[] = {{"caf\xE9", u"caf\u00E9"},
+                {"\x80 5", u"\u20AC 5"},
+                {"\xC3", u"\u00C3"},
+                {"\xE2\x82", u"\u00E2\u201A"},
+                {"\xC0\xAF", u"\u00C0\u00AF"},
+                {"\xED\xA0\x80", u"\u00ED\u00A0\u20AC"},
+                {"\xF4\x90\x80\x80", u"\u00F4\u0090\u20AC\u20AC"}};
+    for (const auto &row : rows)
+        EXPECT_EQ(fromUtf8(row.bytes), row.text) << row.bytes;
 }

@@ -1,10 +1,23 @@
+#include <cstdlib>
 #include <filesystem>
+#include <iterator>
+#include <memory>
 #include <string>
+#include <tuple>
 
 #include <gtest/gtest.h>
 
-#include "platform/fileio.h"
 #include "common/tempdir.h"
+#include "platform/fileio.h"
+
+#ifdef _WIN32
+#include <windows.h>
+#else
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
 
 using namespace fleetwright::platform;
 using fleetwright::test::readBytes;
@@ -20,73 +33,59 @@ void makeReadOnly(const fs::path &path)
                     fs::perm_options::remove);
 }
 
-// Whatever else a failed replace did, it must not leave its temporary file behind.
 std::size_t entryCount(const fs::path &folder)
 {
-    std::size_t count = 0;
-    for ([[maybe_unused]] const auto &entry : fs::directory_iterator(folder))
-        ++count;
-    return count;
+    return static_cast<std::size_t>(std::distance(fs::directory_iterator(folder), fs::directory_iterator()));
+}
+
+// Another program's hold on a file, an flock or a handle sharing all or nothing; empty when refused.
+std::shared_ptr<void> foreignHold(const fs::path &path, bool shared)
+{
+#ifdef _WIN32
+    const DWORD share = shared ? FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE : 0;
+    HANDLE handle = CreateFileW(path.c_str(), GENERIC_READ, share, nullptr, OPEN_EXISTING, 0, nullptr);
+    return handle == INVALID_HANDLE_VALUE ? nullptr : std::shared_ptr<void>(handle, CloseHandle);
+#else
+    std::shared_ptr<int> fd(new int(::open(path.c_str(), O_RDONLY | O_CLOEXEC)), [](int *fd) {
+        ::close(*fd);
+        delete fd;
+    });
+    return ::flock(*fd, (shared ? LOCK_SH : LOCK_EX) | LOCK_NB) == 0 ? fd : nullptr;
+#endif
 }
 
 } // namespace
 
-TEST(FileIo, ReadWholeFile)
+TEST(FileIo, ReadWholeFileAndIdentity)
 {
     TempDir dir;
     const std::string bytes("a\r\nb\0c\x80\xff", 8);
+    std::string big(300000, 'x');
+    big[123456] = 'y';
     writeBytes(dir / "data.bin", bytes);
+    writeBytes(dir / "big.bin", big);
     writeBytes(dir / "empty.cfg", "");
     fs::create_directory(dir / "folder");
-
     EXPECT_EQ(readWholeFile(dir / "data.bin"), bytes);
+    EXPECT_EQ(readWholeFile(dir / "big.bin"), big);
     EXPECT_EQ(readWholeFile(dir / "empty.cfg"), std::string());
     EXPECT_EQ(readWholeFile(dir / "missing.cfg"), std::nullopt);
     EXPECT_EQ(readWholeFile(dir / "folder"), std::nullopt);
 
-    std::string big(300000, 'x');
-    big[123456] = 'y';
-    writeBytes(dir / "big.bin", big);
-    EXPECT_EQ(readWholeFile(dir / "big.bin"), big);
-}
-
-TEST(FileIo, FileIdentity)
-{
-    TempDir dir;
-    fs::create_directory(dir / "folder");
     EXPECT_FALSE(fileIdentity(dir / "missing").exists);
     EXPECT_FALSE(fileIdentity(dir / "folder").exists);
-
-    writeBytes(dir / "aircraft.cfg", "12345");
-    const FileIdentity before = fileIdentity(dir / "aircraft.cfg");
+    const FileIdentity before = fileIdentity(dir / "data.bin");
     EXPECT_TRUE(before.exists);
-    EXPECT_EQ(before.size, 5u);
-    EXPECT_EQ(fileIdentity(dir / "aircraft.cfg"), before);
-    // The clock the identities use and the wall clock agree to within a generous margin.
+    EXPECT_EQ(before.size, 8u);
+    EXPECT_EQ(fileIdentity(dir / "data.bin"), before);
     EXPECT_LT(std::abs(currentTimeNs() - before.modifiedNs), 3600LL * 1000000000);
-
-    // Same size, same content length: a rewrite still shows, as the replace makes a new file.
-    ASSERT_TRUE(replaceFileAtomically(dir / "aircraft.cfg", "54321"));
-    const FileIdentity after = fileIdentity(dir / "aircraft.cfg");
-    EXPECT_TRUE(after.exists);
-    EXPECT_EQ(after.size, 5u);
-    EXPECT_NE(after, before);
+    // Same size: the rewrite still shows, as the replace makes a new file.
+    ASSERT_TRUE(replaceFileAtomically(dir / "data.bin", "87654321"));
+    EXPECT_EQ(fileIdentity(dir / "data.bin").size, 8u);
+    EXPECT_NE(fileIdentity(dir / "data.bin"), before);
 }
 
-TEST(FileIo, ReadOnly)
-{
-    TempDir dir;
-    writeBytes(dir / "a.cfg", "x");
-    EXPECT_FALSE(isReadOnly(dir / "a.cfg"));
-    EXPECT_FALSE(isReadOnly(dir / "missing.cfg"));
-    makeReadOnly(dir / "a.cfg");
-    EXPECT_TRUE(isReadOnly(dir / "a.cfg"));
-    EXPECT_TRUE(clearReadOnly(dir / "a.cfg"));
-    EXPECT_FALSE(isReadOnly(dir / "a.cfg"));
-    EXPECT_FALSE(clearReadOnly(dir / "missing.cfg"));
-}
-
-TEST(FileIo, WriteFileInPlace)
+TEST(FileIo, ReadOnlyAndWriteInPlace)
 {
     TempDir dir;
     const fs::path file = dir / "corvanecheck.log";
@@ -94,79 +93,68 @@ TEST(FileIo, WriteFileInPlace)
     EXPECT_EQ(readBytes(file), "a longer first report\r\n");
     const FileIdentity first = fileIdentity(file);
     EXPECT_TRUE(writeFileInPlace(file, "short\r\n"));
-    EXPECT_EQ(readBytes(file), "short\r\n") << "nothing of the longer content is left behind";
+    EXPECT_EQ(readBytes(file), "short\r\n");
     EXPECT_EQ(fileIdentity(file).fileId, first.fileId) << "written over, not replaced";
     EXPECT_TRUE(writeFileInPlace(file, ""));
     EXPECT_EQ(readBytes(file), "");
     EXPECT_FALSE(writeFileInPlace(dir.path(), "x"));
     EXPECT_FALSE(writeFileInPlace(dir / "missing" / "report.log", "x"));
+
+    EXPECT_FALSE(isReadOnly(file));
+    EXPECT_FALSE(isReadOnly(dir / "missing.cfg"));
+    makeReadOnly(file);
+    EXPECT_TRUE(isReadOnly(file));
+    EXPECT_TRUE(clearReadOnly(file));
+    EXPECT_FALSE(isReadOnly(file));
+    EXPECT_FALSE(clearReadOnly(dir / "missing.cfg"));
 }
 
 TEST(FileIo, ReplaceFileAtomically)
 {
     TempDir dir;
-    {
-        SCOPED_TRACE("new file");
-        ASSERT_TRUE(replaceFileAtomically(dir / "new.cfg", "[fltsim.0]\r\n"));
-        EXPECT_EQ(readBytes(dir / "new.cfg"), "[fltsim.0]\r\n");
-        EXPECT_EQ(entryCount(dir.path()), 1u);
+    ASSERT_TRUE(replaceFileAtomically(dir / "a.cfg", "[fltsim.0]\r\n"));
+    EXPECT_EQ(readBytes(dir / "a.cfg"), "[fltsim.0]\r\n");
+    EXPECT_EQ(entryCount(dir.path()), 1u) << "no temporary file is left";
+    for (const char *bytes : {"new and longer content", "x", ""}) {
+        ASSERT_TRUE(replaceFileAtomically(dir / "a.cfg", bytes));
+        EXPECT_EQ(readBytes(dir / "a.cfg"), bytes);
     }
-    {
-        SCOPED_TRACE("existing file, longer then shorter, then empty");
-        writeBytes(dir / "a.cfg", "old content");
-        ASSERT_TRUE(replaceFileAtomically(dir / "a.cfg", "new and longer content"));
-        EXPECT_EQ(readBytes(dir / "a.cfg"), "new and longer content");
-        ASSERT_TRUE(replaceFileAtomically(dir / "a.cfg", "x"));
-        EXPECT_EQ(readBytes(dir / "a.cfg"), "x");
-        ASSERT_TRUE(replaceFileAtomically(dir / "a.cfg", ""));
-        EXPECT_EQ(readBytes(dir / "a.cfg"), "");
-    }
-    {
-        SCOPED_TRACE("read-only file refuses and keeps its bytes");
-        writeBytes(dir / "ro.cfg", "keep me");
-        makeReadOnly(dir / "ro.cfg");
-        const std::size_t entries = entryCount(dir.path());
-        EXPECT_FALSE(replaceFileAtomically(dir / "ro.cfg", "lost"));
-        EXPECT_EQ(readBytes(dir / "ro.cfg"), "keep me");
-        EXPECT_TRUE(isReadOnly(dir / "ro.cfg"));
-        EXPECT_EQ(entryCount(dir.path()), entries);
-    }
-    {
-        SCOPED_TRACE("folder and missing folder");
-        fs::create_directory(dir / "folder");
-        EXPECT_FALSE(replaceFileAtomically(dir / "folder", "x"));
-        EXPECT_TRUE(fs::is_directory(dir / "folder"));
-        EXPECT_FALSE(replaceFileAtomically(dir / "nowhere" / "a.cfg", "x"));
-        EXPECT_FALSE(fs::exists(dir / "nowhere"));
-    }
+
+    writeBytes(dir / "ro.cfg", "keep me");
+    makeReadOnly(dir / "ro.cfg");
+    EXPECT_FALSE(replaceFileAtomically(dir / "ro.cfg", "lost"));
+    EXPECT_EQ(readBytes(dir / "ro.cfg"), "keep me");
+    EXPECT_TRUE(isReadOnly(dir / "ro.cfg"));
+    EXPECT_EQ(entryCount(dir.path()), 2u);
+
+    fs::create_directory(dir / "folder");
+    EXPECT_FALSE(replaceFileAtomically(dir / "folder", "x"));
+    EXPECT_TRUE(fs::is_directory(dir / "folder"));
+    EXPECT_FALSE(replaceFileAtomically(dir / "nowhere" / "a.cfg", "x"));
+    EXPECT_FALSE(fs::exists(dir / "nowhere"));
 }
 
 TEST(ExclusiveFile, ReadsAndWritesInPlace)
 {
     TempDir dir;
-    const std::string bytes("RIFF\0\x01\x02\x03MDL9", 12);
-    writeBytes(dir / "a.mdl", bytes);
-    {
-        ExclusiveFile file = ExclusiveFile::open(dir / "a.mdl", ExclusiveAccess::ReadWrite);
-        ASSERT_TRUE(file.isOpen());
-        EXPECT_EQ(file.failure(), ExclusiveOpenFailure::None);
-        EXPECT_EQ(file.size(), 12u);
-        EXPECT_EQ(file.readAll(), bytes);
-        EXPECT_EQ(file.readAt(8, 4), "MDL9");
-        EXPECT_EQ(file.readAt(10, 100), "L9");
-        EXPECT_EQ(file.readAt(12, 4), "");
-        EXPECT_EQ(file.readAt(40, 4), "");
-
-        EXPECT_TRUE(file.writeAt(4, "ab"));
-        EXPECT_TRUE(file.writeAt(14, "Z"));
-        EXPECT_EQ(file.readAll(), std::string("RIFFab\x02\x03MDL9\0\0Z", 15));
-        EXPECT_TRUE(file.close());
-        EXPECT_FALSE(file.isOpen());
-        EXPECT_EQ(file.readAll(), std::nullopt);
-        EXPECT_FALSE(file.writeAt(0, "x"));
-    }
-    // A short write neither truncates nor moves what lies behind it.
-    EXPECT_EQ(readBytes(dir / "a.mdl"), std::string("RIFFab\x02\x03MDL9\0\0Z", 15));
+    writeBytes(dir / "a.mdl", std::string("RIFF\0\x01\x02\x03MDL9", 12));
+    ExclusiveFile file = ExclusiveFile::open(dir / "a.mdl", ExclusiveAccess::ReadWrite);
+    ASSERT_TRUE(file.isOpen());
+    EXPECT_EQ(file.failure(), ExclusiveOpenFailure::None);
+    EXPECT_EQ(file.size(), 12u);
+    EXPECT_EQ(file.readAt(8, 4), "MDL9");
+    EXPECT_EQ(file.readAt(10, 100), "L9");
+    EXPECT_EQ(file.readAt(12, 4), "");
+    EXPECT_EQ(file.readAt(40, 4), "");
+    EXPECT_TRUE(file.writeAt(4, "ab"));
+    EXPECT_TRUE(file.writeAt(14, "Z"));
+    const std::string written("RIFFab\x02\x03MDL9\0\0Z", 15);
+    EXPECT_EQ(file.readAll(), written);
+    EXPECT_TRUE(file.close());
+    EXPECT_FALSE(file.isOpen());
+    EXPECT_EQ(file.readAll(), std::nullopt);
+    EXPECT_FALSE(file.writeAt(0, "x"));
+    EXPECT_EQ(readBytes(dir / "a.mdl"), written) << "a short write neither truncates nor moves what follows";
 
     std::string big(300000, 'x');
     big[299999] = 'y';
@@ -176,7 +164,6 @@ TEST(ExclusiveFile, ReadsAndWritesInPlace)
     EXPECT_FALSE(reader.writeAt(0, "lost"));
     reader.close();
     EXPECT_EQ(readBytes(dir / "big.air"), big);
-
     writeBytes(dir / "empty.air", "");
     EXPECT_EQ(ExclusiveFile::open(dir / "empty.air", ExclusiveAccess::Read).readAll(), std::string());
 }
@@ -187,25 +174,16 @@ TEST(ExclusiveFile, OpenFailures)
     fs::create_directory(dir / "folder");
     writeBytes(dir / "ro.air", "keep");
     makeReadOnly(dir / "ro.air");
-    const struct
-    {
-        const char *name;
-        fs::path path;
-        ExclusiveAccess access;
-        ExclusiveOpenFailure failure;
-    } rows[] = {
-        {"missing", dir / "missing.air", ExclusiveAccess::Read, ExclusiveOpenFailure::NotFound},
-        {"missing folder", dir / "nowhere" / "a.air", ExclusiveAccess::ReadWrite, ExclusiveOpenFailure::NotFound},
-        {"folder, read", dir / "folder", ExclusiveAccess::Read, ExclusiveOpenFailure::NotAFile},
-        {"folder, write", dir / "folder", ExclusiveAccess::ReadWrite, ExclusiveOpenFailure::NotAFile},
-        // Also when root runs the test: the missing write permission counts.
-        {"read-only file, write", dir / "ro.air", ExclusiveAccess::ReadWrite, ExclusiveOpenFailure::Denied},
-    };
-    for (const auto &row : rows) {
-        SCOPED_TRACE(row.name);
-        const ExclusiveFile file = ExclusiveFile::open(row.path, row.access);
+    // A read-only file refuses writing also for root.
+    using enum ExclusiveOpenFailure;
+    for (const auto &[path, access, failure] : {std::tuple {dir / "missing.air", ExclusiveAccess::Read, NotFound},
+                                                {dir / "nowhere" / "a.air", ExclusiveAccess::ReadWrite, NotFound},
+                                                {dir / "folder", ExclusiveAccess::Read, NotAFile},
+                                                {dir / "folder", ExclusiveAccess::ReadWrite, NotAFile},
+                                                {dir / "ro.air", ExclusiveAccess::ReadWrite, Denied}}) {
+        const ExclusiveFile file = ExclusiveFile::open(path, access);
         EXPECT_FALSE(file.isOpen());
-        EXPECT_EQ(file.failure(), row.failure);
+        EXPECT_EQ(file.failure(), failure) << path.string();
     }
     EXPECT_FALSE(fs::exists(dir / "missing.air"));
     EXPECT_EQ(ExclusiveFile::open(dir / "ro.air", ExclusiveAccess::Read).readAll(), "keep");
@@ -214,28 +192,120 @@ TEST(ExclusiveFile, OpenFailures)
 TEST(ExclusiveFile, OneHolderAtATime)
 {
     TempDir dir;
-    writeBytes(dir / "a.air", "abcd");
-    for (const ExclusiveAccess first : {ExclusiveAccess::Read, ExclusiveAccess::ReadWrite}) {
-        for (const ExclusiveAccess second : {ExclusiveAccess::Read, ExclusiveAccess::ReadWrite}) {
-            SCOPED_TRACE(std::to_string(static_cast<int>(first)) + " then " + std::to_string(static_cast<int>(second)));
-            ExclusiveFile holder = ExclusiveFile::open(dir / "a.air", first);
-            ASSERT_TRUE(holder.isOpen());
-            const ExclusiveFile refused = ExclusiveFile::open(dir / "a.air", second);
-            EXPECT_FALSE(refused.isOpen());
-            EXPECT_EQ(refused.failure(), ExclusiveOpenFailure::Locked);
-            EXPECT_EQ(refused.readAll(), std::nullopt);
-
-            // The hold moves with the object and ends with its close.
-            ExclusiveFile moved = std::move(holder);
-            EXPECT_FALSE(holder.isOpen());
-            EXPECT_EQ(ExclusiveFile::open(dir / "a.air", second).failure(), ExclusiveOpenFailure::Locked);
-            moved.close();
-            EXPECT_TRUE(ExclusiveFile::open(dir / "a.air", second).isOpen());
-        }
+    const fs::path path = dir / "a.air";
+    writeBytes(path, "abcd");
+    using enum ExclusiveAccess;
+    for (const auto &[first, second] : {std::pair {Read, ReadWrite}, {ReadWrite, Read}, {Read, Read}}) {
+        ExclusiveFile holder = ExclusiveFile::open(path, first);
+        ASSERT_TRUE(holder.isOpen());
+        EXPECT_EQ(ExclusiveFile::open(path, second).failure(), ExclusiveOpenFailure::Locked);
+        EXPECT_EQ(ExclusiveFile::open(path, second).readAll(), std::nullopt);
+        // The hold moves with the object and ends with its close.
+        ExclusiveFile moved = std::move(holder);
+        EXPECT_FALSE(holder.isOpen());
+        EXPECT_EQ(ExclusiveFile::open(path, second).failure(), ExclusiveOpenFailure::Locked);
+        moved.close();
+        EXPECT_TRUE(ExclusiveFile::open(path, second).isOpen());
     }
-    {
-        const ExclusiveFile holder = ExclusiveFile::open(dir / "a.air", ExclusiveAccess::Read);
+    // Another program's hold keeps us out, shared or not; while we hold the file, it gets no hold.
+    for (const bool shared : {false, true}) {
+        const std::shared_ptr<void> other = foreignHold(path, shared);
+        ASSERT_TRUE(other);
+        EXPECT_EQ(ExclusiveFile::open(path, Read).failure(), ExclusiveOpenFailure::Locked) << shared;
+        EXPECT_EQ(ExclusiveFile::open(path, ReadWrite).failure(), ExclusiveOpenFailure::Locked) << shared;
     }
-    EXPECT_TRUE(ExclusiveFile::open(dir / "a.air", ExclusiveAccess::ReadWrite).isOpen());
-    EXPECT_EQ(readBytes(dir / "a.air"), "abcd");
+    const ExclusiveFile held = ExclusiveFile::open(path, Read);
+    ASSERT_TRUE(held.isOpen());
+    // The refused program closes its descriptor of the file; our hold stays all the same.
+    EXPECT_FALSE(foreignHold(path, true));
+    EXPECT_EQ(ExclusiveFile::open(path, Read).failure(), ExclusiveOpenFailure::Locked);
 }
+
+#ifndef _WIN32
+// What a replace keeps where POSIX has more to keep than Windows: modes, owners, links.
+TEST(FileIo, ReplaceKeepsModeOwnerAndLinks)
+{
+    TempDir dir;
+    const auto modeOf = [](const fs::path &path) {
+        struct stat info
+        {};
+        EXPECT_EQ(::stat(path.c_str(), &info), 0);
+        return info.st_mode & 07777;
+    };
+    // 0442: a write bit for others only still counts as writable.
+    for (const mode_t mode : {0600, 0755, 0200, 0442}) {
+        const fs::path file = dir / ("mode" + std::to_string(mode));
+        writeBytes(file, "old");
+        ASSERT_EQ(::chmod(file.c_str(), mode), 0);
+        EXPECT_FALSE(isReadOnly(file));
+        ASSERT_TRUE(replaceFileAtomically(file, "new"));
+        EXPECT_EQ(readBytes(file), "new");
+        EXPECT_EQ(modeOf(file), mode);
+    }
+    const mode_t previous = ::umask(027);
+    const bool written = replaceFileAtomically(dir / "fresh.cfg", "x");
+    ::umask(previous);
+    ASSERT_TRUE(written);
+    EXPECT_EQ(modeOf(dir / "fresh.cfg"), 0640u) << "a new file: 0666 less the umask";
+    if (::geteuid() == 0) {
+        ASSERT_EQ(::chown((dir / "fresh.cfg").c_str(), 1234, 2345), 0);
+        ASSERT_TRUE(replaceFileAtomically(dir / "fresh.cfg", "new"));
+        struct stat info
+        {};
+        ASSERT_EQ(::stat((dir / "fresh.cfg").c_str(), &info), 0);
+        EXPECT_EQ(info.st_uid, 1234u);
+        EXPECT_EQ(info.st_gid, 2345u);
+    }
+
+    // A relative link in another folder, through a second link: the links stay, the target changes.
+    writeBytes(dir / "store" / "real.cfg", "old");
+    fs::create_directory(dir / "aircraft");
+    fs::create_symlink("../store/real.cfg", dir / "aircraft" / "hop.cfg");
+    fs::create_symlink("hop.cfg", dir / "aircraft" / "aircraft.cfg");
+    ASSERT_TRUE(replaceFileAtomically(dir / "aircraft" / "aircraft.cfg", "new"));
+    EXPECT_EQ(fs::read_symlink(dir / "aircraft" / "aircraft.cfg"), "hop.cfg");
+    EXPECT_TRUE(fs::is_symlink(dir / "aircraft" / "hop.cfg"));
+    EXPECT_EQ(readBytes(dir / "store" / "real.cfg"), "new");
+
+    writeBytes(dir / "ro.cfg", "keep");
+    makeReadOnly(dir / "ro.cfg");
+    fs::create_symlink(dir / "ro.cfg", dir / "ro-link.cfg");
+    EXPECT_FALSE(replaceFileAtomically(dir / "ro-link.cfg", "lost"));
+    EXPECT_EQ(readBytes(dir / "ro.cfg"), "keep");
+    EXPECT_TRUE(fs::is_symlink(dir / "ro-link.cfg"));
+
+    fs::create_symlink("later.cfg", dir / "dangling.cfg");
+    ASSERT_TRUE(replaceFileAtomically(dir / "dangling.cfg", "made"));
+    EXPECT_TRUE(fs::is_symlink(dir / "dangling.cfg"));
+    EXPECT_EQ(readBytes(dir / "later.cfg"), "made");
+
+    fs::create_symlink("loop-b", dir / "loop-a");
+    fs::create_symlink("loop-a", dir / "loop-b");
+    EXPECT_FALSE(replaceFileAtomically(dir / "loop-a", "x"));
+    EXPECT_EQ(fs::read_symlink(dir / "loop-a"), "loop-b");
+
+    fs::create_directory(dir / "folder");
+    fs::create_directory_symlink("folder", dir / "folder-link");
+    EXPECT_FALSE(replaceFileAtomically(dir / "folder-link", "x"));
+    EXPECT_TRUE(fs::is_directory(dir / "folder"));
+}
+
+TEST(FileIo, PipesAndDevices)
+{
+    TempDir dir;
+    const fs::path fifo = dir / "report.fifo";
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+    // An exclusive open refuses at once rather than wait for a writer.
+    for (const ExclusiveAccess access : {ExclusiveAccess::Read, ExclusiveAccess::ReadWrite})
+        EXPECT_EQ(ExclusiveFile::open(fifo, access).failure(), ExclusiveOpenFailure::NotAFile);
+    // A report sent to a pipe or a device is written all the same; only files are cut to length.
+    EXPECT_TRUE(writeFileInPlace("/dev/null", "report\r\n"));
+    const int reader = ::open(fifo.c_str(), O_RDONLY | O_NONBLOCK);
+    ASSERT_GE(reader, 0);
+    EXPECT_TRUE(writeFileInPlace(fifo, "report\r\n"));
+    char got[16] = {};
+    EXPECT_EQ(::read(reader, got, sizeof got), 8);
+    EXPECT_EQ(std::string(got, 8), "report\r\n");
+    ::close(reader);
+}
+#endif

@@ -1,201 +1,305 @@
 #include <algorithm>
 #include <filesystem>
+#include <optional>
 #include <string>
+#include <thread>
+#include <tuple>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "common/tempdir.h"
 #include "platform/fileio.h"
 #include "platform/filelookup.h"
 #include "platform/utf8.h"
-#include "common/tempdir.h"
 
 using namespace fleetwright::platform;
 using fleetwright::test::TempDir;
 using fleetwright::test::writeBytes;
 namespace fs = std::filesystem;
+using Names = std::vector<std::u16string>;
 
 namespace {
 
-std::vector<std::u16string> sortedNames(const fs::path &wildcardPath, LookupKind kind)
+// The parts of a table row: "a|b c|d" split at "|", or at " " for a list of names.
+std::vector<std::string> split(std::string_view text, char at = '|')
 {
-    std::vector<std::u16string> names = FileLookup(wildcardPath, kind).names();
-    std::sort(names.begin(), names.end(), [](const auto &a, const auto &b) { return listingOrderLess(a, b); });
-    return names;
+    std::vector<std::string> parts;
+    for (std::size_t start = 0, end = 0; end != std::string_view::npos; start = end + 1)
+        parts.emplace_back(text.substr(start, (end = text.find(at, start)) - start));
+    return parts;
 }
 
-// An aircraft folder as the validation walks it.
-void buildAircraft(const fs::path &folder)
+Names namesOf(std::string_view list)
 {
-    writeBytes(folder / "aircraft.cfg", "[fltsim.0]\r\n");
-    writeBytes(folder / "Boeing.air", "");
-    writeBytes(folder / "extra.AIR", "");
-    writeBytes(folder / "old.air.bak", "");
-    writeBytes(folder / "texture.txt", "");
-    writeBytes(folder / "texture" / "a.bmp", "");
-    writeBytes(folder / "Texture.KLM" / "b.bmp", "");
-    writeBytes(folder / "model" / "Boeing.MDL", "");
-    fs::create_directory(folder / "textures");
+    Names result;
+    for (const std::string &name : split(list, ' '))
+        if (!name.empty())
+            result.push_back(fromUtf8(name));
+    return result;
+}
+
+LookupKind kindOf(const std::string &letter)
+{
+    return letter == "F" ? LookupKind::Files : letter == "D" ? LookupKind::Folders : LookupKind::FilesAndFolders;
+}
+
+Names names(const fs::path &pattern, LookupKind kind = LookupKind::FilesAndFolders)
+{
+    return FileLookup(pattern, kind).names();
 }
 
 } // namespace
 
 TEST(FileLookup, WildcardRules)
 {
-    struct Row
-    {
-        const char16_t *pattern;
-        const char16_t *name;
-        bool matches;
-    };
-    const Row rows[] = {
-        {u"*.air", u"Boeing.AIR", true},
-        {u"*.air", u"boeing.air.bak", false},
-        {u"*.air", u"air", false},
-        {u"*.air", u".air", true},
-        {u"*.mdl", u"x.mdlx", false},
-        {u"model.cfg", u"Model.CFG", true},
-        {u"MODEL.CFG", u"model.cfg", true},
-        // A point before "*" or at the end of the pattern also matches the end of the name.
-        {u"texture.*", u"texture", true},
-        {u"texture.*", u"Texture.KLM", true},
-        {u"texture.*", u"texture.a.b", true},
-        {u"texture.*", u"textures", false},
-        {u"texture.*", u"texture_old", false},
-        {u"a.b.*", u"A.B", true},
-        {u"a.b.*", u"a.bc", false},
-        {u"a.b.*", u"a.b.", true},
-        {u"*bmp", u"x.bmp", true},
-        {u"*bmp", u"bm", false},
-        {u"abc", u"abcd", false},
-        {u"texture.", u"texture", true},
-        {u"texture.", u"texture.x", false},
-        // "*." is a name without a point.
-        {u"*.", u"readme", true},
-        {u"*.", u"readme.txt", false},
-        {u"*.", u"a.b.c", false},
-        {u"*", u"anything.x", true},
-        {u"*.*", u"noext", true},
-        {u"*.*", u"a.b", true},
-        {u"*.*", u".hidden", true},
-        {u"*.b", u"x.b.b", true},
-        {u"a*b*c", u"axxbyyc", true},
-        {u"a*b*c", u"axxbyy", false},
-        {u"a*", u"a", true},
-        // "?" is one character, or nothing before a point or at the end.
-        {u"?", u"a", true},
-        {u"?", u"ab", false},
-        {u"a?c", u"abc", true},
-        {u"a?c", u"ac", false},
-        {u"a?c", u"a.c", false},
-        {u"file?.txt", u"file1.txt", true},
-        {u"file?.txt", u"file.txt", true},
-        {u"file?.txt", u"file12.txt", false},
-        {u"a??", u"a", true},
-        {u"a??", u"abcd", false},
-        // Letters of the code page fold like ASCII ones; the signs among them do not.
-        {u"\u00E9*", u"\u00C9clair", true},
-        {u"\u00FF", u"\u0178", true},
-        {u"\u0161koda", u"\u0160KODA", true},
-        {u"\u00D7", u"\u00F7", false},
-        {u"\u00DF", u"SS", false},
-        {u"", u"a", false},
-        {u"", u"", false},
-    };
-    for (const Row &row : rows) {
-        SCOPED_TRACE(toUtf8(row.pattern) + " ~ " + toUtf8(row.name));
-        EXPECT_EQ(matchesWildcard(row.pattern, row.name), row.matches);
+    // "pattern|names it matches|names it does not". A point before "*" or at the pattern's end also matches the
+    // name's end; "*" before a point stops at the name's last point; "?" is one character, or nothing before a
+    // point or at the end. Letters of the code page fold, the signs among them do not.
+    // clang-format off
+    const char *rows[] = {"*.air|Boeing.AIR .air|boeing.air.bak air", "*.mdl||x.mdlx", "MODEL.CFG|model.cfg|model.cfgx",
+        "texture.*|texture Texture.KLM texture.a.b|textures texture_old", "a.b.*|A.B a.b.|a.bc", "*bmp|x.bmp|bm",
+        "abc||abcd", "texture.|texture|texture.x", "*.|readme|readme.txt a.b.c", "*.b|x.b.b|x.bb", "*|anything.x|",
+        "*.*|noext .hidden a.b|", "a*b*c|axxbyyc|axxbyy", "a*|a|ba", "?|a|ab", "a?c|abc|ac a.c", "a??|a|abcd",
+        "file?.txt|file1.txt file.txt|file12.txt", "é*|Éclair|", "ÿ|Ÿ|", "škoda|ŠKODA|", "×||÷", "ß||SS", "||a"};
+    // clang-format on
+    for (const char *row : rows) {
+        const std::vector<std::string> part = split(row);
+        for (const std::u16string &name : namesOf(part[1]))
+            EXPECT_TRUE(matchesWildcard(fromUtf8(part[0]), name)) << row << ": " << toUtf8(name);
+        for (const std::u16string &name : namesOf(part[2]))
+            EXPECT_FALSE(matchesWildcard(fromUtf8(part[0]), name)) << row << ": " << toUtf8(name);
     }
+    EXPECT_FALSE(matchesWildcard(u"", u""));
 }
 
 TEST(FileLookup, CaseFoldingAndOrder)
 {
-    EXPECT_EQ(foldName(u"fltsim.\u00E9\u0161\u0153\u017E\u00FF\u00E0\u00FE"),
-              u"FLTSIM.\u00C9\u0160\u0152\u017D\u0178\u00C0\u00DE");
-    EXPECT_EQ(foldName(u"\u00F7\u00D7\u00DF\u00B5[]_"), u"\u00F7\u00D7\u00DF\u00B5[]_");
+    EXPECT_EQ(foldName(u"fltsim.éšœžÿàþ÷×ßµ[]_"), u"FLTSIM.ÉŠŒŽŸÀÞ÷×ßµ[]_");
     EXPECT_TRUE(sameNameIgnoringCase(u"Texture.KLM", u"texture.klm"));
     EXPECT_FALSE(sameNameIgnoringCase(u"texture", u"texture."));
-
-    std::vector<std::u16string> names = {u"_x", u"b", u"texture.KLM", u"Z", u"A", u"Texture.a", u"a.txt", u"texture"};
-    std::sort(names.begin(), names.end(), [](const auto &a, const auto &b) { return listingOrderLess(a, b); });
-    // Upper-cased and compared ordinally: "_" (0x5F) comes after "Z" (0x5A), a name before its longer forms.
-    const std::vector<std::u16string> expected = {u"A",         u"a.txt",       u"b", u"texture",
-                                                  u"Texture.a", u"texture.KLM", u"Z", u"_x"};
-    EXPECT_EQ(names, expected);
-    // Names that differ only in case still have a fixed order.
-    EXPECT_TRUE(listingOrderLess(u"MODEL.cfg", u"Model.cfg"));
+    Names sorted = namesOf("_x b texture.KLM Z A Texture.a a.txt texture MODEL.cfg Model.cfg");
+    std::sort(sorted.begin(), sorted.end(), [](const auto &a, const auto &b) { return listingOrderLess(a, b); });
+    // Upper-cased and compared ordinally: "_" (0x5F) after "Z" (0x5A), a name before its longer forms; names
+    // that differ only in case still in a fixed order.
+    EXPECT_EQ(sorted, namesOf("A a.txt b MODEL.cfg Model.cfg texture Texture.a texture.KLM Z _x"));
     EXPECT_FALSE(listingOrderLess(u"Model.cfg", u"MODEL.cfg"));
     EXPECT_FALSE(listingOrderLess(u"same", u"same"));
 }
 
-TEST(FileLookup, Lookups)
+TEST(FileLookup, LookupsResolveAndExist)
 {
     TempDir dir;
     const fs::path aircraft = dir / "Aircraft";
-    buildAircraft(aircraft);
-    using Names = std::vector<std::u16string>;
-    struct Row
-    {
-        const char *pattern;
-        LookupKind kind;
-        Names names;
-    };
-    const Row rows[] = {
-        {"*.air", LookupKind::Files, {u"Boeing.air", u"extra.AIR"}},
-        {"*.AIR", LookupKind::FilesAndFolders, {u"Boeing.air", u"extra.AIR"}},
-        {"texture.*", LookupKind::FilesAndFolders, {u"texture", u"Texture.KLM", u"texture.txt"}},
-        {"texture.*", LookupKind::Folders, {u"texture", u"Texture.KLM"}},
-        {"texture.*", LookupKind::Files, {u"texture.txt"}},
-        {"model.*", LookupKind::FilesAndFolders, {u"model"}},
-        {"*", LookupKind::Folders, {u"model", u"texture", u"Texture.KLM", u"textures"}},
-        {"AIRCRAFT.CFG", LookupKind::Files, {u"aircraft.cfg"}},
-        {"*.mdl", LookupKind::Files, {}},
-    };
-    for (const Row &row : rows) {
-        SCOPED_TRACE(row.pattern);
-        EXPECT_EQ(sortedNames(aircraft / row.pattern, row.kind), row.names);
-        // The folder part ignores case as well, as the lower-cased folder prefix of a report relies on.
-        EXPECT_EQ(sortedNames(dir / "aircraft" / row.pattern, row.kind), row.names);
+    for (const char *file : {"aircraft.cfg", "Boeing.air", "extra.AIR", "old.air.bak", "texture.txt", "texture/a.bmp",
+                             "Texture.KLM/b.bmp", "model/Boeing.MDL"})
+        writeBytes(aircraft / file, "");
+    fs::create_directory(aircraft / "textures");
+    // "pattern|kind (Files, Folders, All)|names found"; the folder part ignores case as well.
+    // clang-format off
+    for (const char *row : {"*.air|F|Boeing.air extra.AIR", "texture.*|A|texture Texture.KLM texture.txt",
+             "texture.*|D|texture Texture.KLM", "texture.*|F|texture.txt", "model.*|A|model", "*.mdl|F|",
+             "*|D|model texture Texture.KLM textures", "AIRCRAFT.CFG|F|aircraft.cfg"}) {
+        // clang-format on
+        const std::vector<std::string> part = split(row);
+        for (const fs::path &folder : {aircraft, dir / "aircraft"}) {
+            Names found = names(folder / part[0], kindOf(part[1]));
+            std::sort(found.begin(), found.end(), [](const auto &a, const auto &b) { return listingOrderLess(a, b); });
+            EXPECT_EQ(found, namesOf(part[2])) << row;
+        }
     }
-    EXPECT_EQ(sortedNames(aircraft / "model" / "*.mdl", LookupKind::Files), Names {u"Boeing.MDL"});
-    EXPECT_TRUE(FileLookup(dir / "missing" / "*.air", LookupKind::FilesAndFolders).names().empty());
-    EXPECT_TRUE(FileLookup(aircraft / "", LookupKind::FilesAndFolders).names().empty());
-
+    EXPECT_TRUE(names(dir / "missing" / "*.air").empty());
+    EXPECT_TRUE(names(aircraft / "").empty());
     FileLookup lookup(dir / "AIRCRAFT" / "*.air");
-    std::vector<std::u16string> handedOut;
+    Names handedOut;
     while (const std::optional<std::u16string> name = lookup.next())
         handedOut.push_back(*name);
     EXPECT_EQ(handedOut, lookup.names());
     EXPECT_EQ(handedOut.size(), 2u);
-    EXPECT_EQ(lookup.next(), std::nullopt);
+
+    const std::optional<fs::path> resolved = FileLookup::resolve(dir / "AIRCRAFT" / "MODEL" / "boeing.mdl");
+    ASSERT_TRUE(resolved);
+    EXPECT_EQ(fileIdentity(*resolved), fileIdentity(aircraft / "model" / "Boeing.MDL"));
+    EXPECT_FALSE(FileLookup::resolve(dir / "aircraft" / "nothing" / "a.bmp"));
+    EXPECT_FALSE(FileLookup::resolve(fs::path()));
+    // "path below the folder|kind|whether it exists"; trailing points and blanks are dropped.
+    // clang-format off
+    for (const char *row : {"texture.klm/B.BMP|F|1", "texture.|D|1", "Model. |D|1", "texture./A.bmp|F|1",
+             "aircraft.cfg.|F|1", "texture|F|0", "texture|A|1", "aircraft.cfg|D|0", "model.cfg|F|0",
+             "aircraft.cfg/x|A|0"}) {
+        // clang-format on
+        const std::vector<std::string> part = split(row);
+        EXPECT_EQ(FileLookup::exists(dir / "aircraft" / part[0], kindOf(part[1])), part[2] == "1") << row;
+    }
 }
 
-TEST(FileLookup, ResolveAndExists)
+#ifndef _WIN32
+// Where the file system tells case apart: which of several spellings wins, and the listing order.
+TEST(FileLookup, SpellingsThatDifferInCase)
 {
     TempDir dir;
-    buildAircraft(dir / "Aircraft");
-    {
-        SCOPED_TRACE("mixed case in every component");
-        const std::optional<fs::path> resolved = FileLookup::resolve(dir / "AIRCRAFT" / "MODEL" / "boeing.mdl");
-        ASSERT_TRUE(resolved);
-        EXPECT_EQ(fileIdentity(*resolved), fileIdentity(dir / "Aircraft" / "model" / "Boeing.MDL"));
-        EXPECT_TRUE(FileLookup::exists(dir / "aircraft" / "texture.klm" / "B.BMP"));
-    }
-    {
-        SCOPED_TRACE("trailing points and blanks are dropped");
-        EXPECT_TRUE(FileLookup::exists(dir / "aircraft" / "texture.", LookupKind::Folders));
-        EXPECT_TRUE(FileLookup::exists(dir / "aircraft" / "Model. ", LookupKind::Folders));
-        EXPECT_TRUE(FileLookup::exists(dir / "aircraft" / "texture." / "A.bmp"));
-        EXPECT_TRUE(FileLookup::exists(dir / "aircraft" / "aircraft.cfg.", LookupKind::Files));
-    }
-    {
-        SCOPED_TRACE("kinds and missing paths");
-        EXPECT_FALSE(FileLookup::exists(dir / "aircraft" / "texture", LookupKind::Files));
-        EXPECT_TRUE(FileLookup::exists(dir / "aircraft" / "texture", LookupKind::FilesAndFolders));
-        EXPECT_FALSE(FileLookup::exists(dir / "aircraft" / "aircraft.cfg", LookupKind::Folders));
-        EXPECT_FALSE(FileLookup::exists(dir / "aircraft" / "model.cfg"));
-        EXPECT_FALSE(FileLookup::resolve(dir / "aircraft" / "nothing" / "a.bmp"));
-        EXPECT_FALSE(FileLookup::resolve(dir / "aircraft" / "aircraft.cfg" / "x"));
-        EXPECT_FALSE(FileLookup::resolve(fs::path()));
+    for (const char *name : {"model.cfg", "Model.cfg", "MODEL.cfg"})
+        writeBytes(dir / name, "");
+    // "asked|found": no exact spelling, the first in listing order.
+    for (const char *row :
+         {"model.cfg|model.cfg", "MODEL.cfg|MODEL.cfg", "model.CFG|MODEL.cfg", "Model.cfg.|Model.cfg"})
+        EXPECT_EQ(FileLookup::resolve(dir / split(row)[0]), dir / split(row)[1]) << row;
+
+    const fs::path b737 = dir / "FS9" / "Aircraft" / "B737";
+    writeBytes(b737 / "Model" / "Boeing.MDL", "");
+    writeBytes(b737 / "TEXTURE", ""); // a file, no folder
+    writeBytes(b737 / "texture" / "a.bmp", "");
+    writeBytes(dir / "FS9" / "Aircraft" / "b737" / "marker", ""); // the exact spelling, but it holds no model
+    EXPECT_EQ(FileLookup::resolve(dir / "fs9/aircraft/b737/model/boeing.mdl"), b737 / "Model" / "Boeing.MDL");
+    EXPECT_EQ(FileLookup::resolve(dir / "fs9/AIRCRAFT/B737/Texture/A.BMP"), b737 / "texture" / "a.bmp");
+    EXPECT_EQ(FileLookup::resolve(dir / "fs9/aircraft/"), dir / "FS9/Aircraft/");
+    EXPECT_EQ(FileLookup::resolve(dir / "fs9/aircraft/./B737/../b737/MARKER"),
+              dir / "FS9/Aircraft/./B737/../b737/marker");
+
+    for (const char *name : {"b.air", "_x.air", "Z.air", "a.AIR", "A.air"})
+        writeBytes(dir / "list" / name, "");
+    fs::create_directory_symlink("nowhere", dir / "list" / "dangling.air");
+    fs::create_directory(dir / "list" / "real");
+    fs::create_directory_symlink("real", dir / "list" / "linked.air");
+    // A name that is no UTF-8 cannot be named in the engine's text; it is left out, not mangled.
+    writeBytes(dir / "list" / std::string("bad\xff.air"), "");
+    EXPECT_EQ(names(dir / "list" / "*.air", LookupKind::Files), namesOf("A.air a.AIR b.air Z.air _x.air"));
+    EXPECT_EQ(names(dir / "list" / "*.air", LookupKind::Folders), Names {u"linked.air"});
+    EXPECT_TRUE(FileLookup::isNotLink(dir / "list" / "real"));
+    EXPECT_FALSE(FileLookup::isNotLink(dir / "list" / "linked.air"));
+    // Wine's own lookup lets every name through "*.", so this rule is checked here only.
+    EXPECT_EQ(names(dir / "list" / "*."), Names {u"real"});
+}
+
+// A lookup snapshot answers as the file system did when it first looked, until told otherwise. A snapshot of
+// its own would share what an open one saw: plain answers come from another thread.
+TEST(LookupSnapshot, AnswersAsThePlainLookups)
+{
+    TempDir dir;
+    const fs::path plane = dir / "Aircraft" / "Plane";
+    for (const char *file :
+         {"Texture.KLM/a.bmp", "texture.klm/b.dds", "Model/Model.cfg", "Pläne.air", "../PLANE/x.cfg"})
+        writeBytes(plane / file, "");
+    fs::create_directory_symlink("Model", plane / "model.link");
+    fs::create_directory_symlink("nowhere", plane / "dangling");
+    const std::string root = dir.path().string() + "/aircraft/";
+    // clang-format off
+    const std::string asked[] = {"plane/texture.klm/b.dds", "plane/TEXTURE.klm", "plane/model./model.cfg",
+        "plane/pläne.air", "plane/x.cfg", "plane/model.link/MODEL.CFG", "/plane/model", "./plane/../plane/Model", "plane/missing",
+        "missing/model", "plane/model/", "plane/dangling", "plane/texture.klm/*", "plane/*", "plane/texture.*",
+        "plane/model./*.cfg", "./plane/../PLANE/*", "nothing/*"};
+    // clang-format on
+    const LookupKind kinds[] = {LookupKind::Files, LookupKind::Folders, LookupKind::FilesAndFolders};
+    const auto answers = [&](const std::u16string &text) {
+        std::vector<std::tuple<std::optional<fs::path>, bool, Names>> result;
+        for (const LookupKind kind : kinds)
+            result.emplace_back(FileLookup::resolve(text), FileLookup::exists(text, kind),
+                                FileLookup(text, kind).names());
+        return result;
+    };
+    const LookupSnapshot snapshot;
+    EXPECT_NE(LookupSnapshot::generation(), 0u);
+    for (int round = 0; round < 2; ++round) {
+        for (const std::string &text : asked) {
+            decltype(answers(u"")) plain;
+            std::thread([&] { plain = answers(fromUtf8(root + text)); }).join();
+            EXPECT_EQ(answers(fromUtf8(root + text)), plain) << text;
+        }
+        EXPECT_TRUE(FileLookup::isNotLink(plane / "Model"));
+        EXPECT_FALSE(FileLookup::isNotLink(plane / "model.link"));
+        EXPECT_FALSE(FileLookup::isNotLink(plane / "dangling"));
+        EXPECT_FALSE(FileLookup::isNotLink(plane / "missing"));
+        EXPECT_TRUE(FileLookup::canList(plane));
+        EXPECT_FALSE(FileLookup::canList(plane / "Pläne.air"));
     }
 }
+
+TEST(LookupSnapshot, ChangesShowAfterForgetOrOnceClosed)
+{
+    TempDir dir;
+    writeBytes(dir / "Plane" / "aircraft.cfg", "");
+    const fs::path log = dir / "Plane" / "corvanecheck.log";
+    {
+        const LookupSnapshot snapshot;
+        const std::uint64_t first = LookupSnapshot::generation();
+        EXPECT_FALSE(FileLookup::findFile(log.u16string()));
+        EXPECT_EQ(names(dir / "plane" / "*"), Names {u"aircraft.cfg"});
+        writeBytes(log, "");
+        EXPECT_FALSE(FileLookup::findFile(log.u16string())) << "the snapshot still holds what it saw";
+        EXPECT_EQ(names(dir / "plane" / "*").size(), 1u);
+        {
+            const LookupSnapshot nested; // shares what the outer one saw
+            EXPECT_EQ(LookupSnapshot::generation(), first);
+            EXPECT_FALSE(FileLookup::findFile(log.u16string()));
+        }
+        LookupSnapshot::forget(dir / "Plane" / "." / "corvanecheck.log");
+        EXPECT_NE(LookupSnapshot::generation(), first);
+        EXPECT_EQ(FileLookup::findFile(log.u16string()), log);
+
+        // Each forgotten name shows as it is now, the others stay as seen, all in listing order.
+        writeBytes(dir / "Plane" / "B.txt", "");
+        writeBytes(dir / "Plane" / "b.TXT", "");
+        fs::remove(dir / "Plane" / "aircraft.cfg");
+        for (const char *name : {"b.TXT", "B.txt", "aircraft.cfg"})
+            LookupSnapshot::forget(dir / "Plane" / name);
+        EXPECT_EQ(names(dir / "plane" / "*"), namesOf("B.txt b.TXT corvanecheck.log"));
+        EXPECT_EQ(FileLookup::resolve(dir / "plane" / "b.txt"), dir / "Plane" / "B.txt");
+        EXPECT_FALSE(FileLookup::resolve(dir / "plane" / "Aircraft.cfg"));
+
+        fs::remove(log);
+        fs::create_directories(dir / "Plane" / "Texture");
+        EXPECT_EQ(FileLookup::findFile(log.u16string()), log);
+        LookupSnapshot::forgetAll();
+        EXPECT_FALSE(FileLookup::findFile(log.u16string()));
+        EXPECT_EQ(names(dir / "plane" / "*", LookupKind::Folders), Names {u"Texture"});
+        writeBytes(log, "");
+    }
+    EXPECT_EQ(LookupSnapshot::generation(), 0u);
+    EXPECT_EQ(FileLookup::findFile(log.u16string()), log) << "without a snapshot every lookup looks";
+}
+
+TEST(LookupSnapshot, ForgetBelowKeepsWhatLiesAroundTheFolder)
+{
+    TempDir dir;
+    writeBytes(dir / "Aircraft" / "A" / "aircraft.cfg", "");
+    writeBytes(dir / "Aircraft" / "B" / "aircraft.cfg", "");
+    const LookupSnapshot snapshot;
+    // Asked for under another spelling, as a run asks for its lower-cased folder.
+    EXPECT_EQ(names(dir / "aircraft" / "a" / "*"), Names {u"aircraft.cfg"});
+    EXPECT_EQ(names(dir / "aircraft" / "*", LookupKind::Folders), namesOf("A B"));
+    const std::uint64_t before = LookupSnapshot::generation();
+    writeBytes(dir / "Aircraft" / "A" / "texture.cfg", "");
+    writeBytes(dir / "Aircraft" / "AB" / "aircraft.cfg", "");
+    LookupSnapshot::forgetBelow(dir / "Aircraft" / "A" / "");
+    EXPECT_NE(LookupSnapshot::generation(), before);
+    EXPECT_EQ(names(dir / "aircraft" / "a" / "*"), namesOf("aircraft.cfg texture.cfg"));
+    EXPECT_EQ(names(dir / "aircraft" / "*", LookupKind::Folders), namesOf("A B"));
+}
+
+TEST(LookupSnapshot, ForgetMendsSmallAndLargeFolders)
+{
+    for (const int others : {2, 40}) {
+        TempDir dir;
+        for (int i = 0; i < others; ++i)
+            writeBytes(dir / "Plane" / ("file" + std::to_string(i) + ".dds"), "");
+        writeBytes(dir / "Plane" / "Gone.cfg", "");
+        const LookupSnapshot snapshot;
+        const auto lookedAt = [&] {
+            return std::tuple(names(dir / "plane" / "*"), FileLookup::resolve(dir / "plane" / "NEW.CFG"),
+                              FileLookup::resolve(dir / "plane" / "gone.cfg"),
+                              FileLookup::exists(dir / "plane" / "texture", LookupKind::Folders));
+        };
+        lookedAt();
+        writeBytes(dir / "Plane" / "new.cfg", "");
+        writeBytes(dir / "Plane" / "New.cfg", "");
+        fs::create_directory(dir / "Plane" / "Texture");
+        fs::remove(dir / "Plane" / "Gone.cfg");
+        for (const char *name : {"new.cfg", "New.cfg", "Gone.cfg", "Texture"})
+            LookupSnapshot::forget(dir / "Plane" / name);
+        decltype(lookedAt()) plain;
+        std::thread([&] { plain = lookedAt(); }).join();
+        EXPECT_EQ(lookedAt(), plain) << others;
+        EXPECT_EQ(std::get<1>(plain), dir / "Plane" / "New.cfg");
+    }
+}
+#endif

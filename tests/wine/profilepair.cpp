@@ -2,115 +2,48 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <windows.h>
 
-#include "platform/codepage.h"
 #include "common/tempdir.h"
+#include "platform/codepage.h"
 
 namespace fleetwright::test {
 
 namespace {
 
-constexpr DWORD VALUE_BUFFER = 4096;
-constexpr DWORD LIST_BUFFER = 8192;
-
-std::string readProfile(const char *section, const char *key, DWORD size, const std::string &file)
-{
-    std::string buffer(size, ' ');
-    const DWORD length = GetPrivateProfileStringA(section, key, "", buffer.data(), size, file.c_str());
-    buffer.resize(std::min<DWORD>(length, size));
-    return buffer;
-}
-
-std::u16string wide(const std::string &bytes)
-{
-    return platform::fromCodePage(bytes);
-}
-
-std::vector<std::string> narrow(const std::vector<std::u16string> &names)
+std::vector<std::string> narrowNames(const std::vector<std::u16string> &names, std::int32_t count)
 {
     std::vector<std::string> result;
     for (const auto &name : names)
         result.push_back(platform::toCodePage(name));
+    if (static_cast<std::size_t>(count) != names.size())
+        result.push_back("<count " + std::to_string(count) + " disagrees with the array>");
     return result;
 }
 
+// Names as a list of the raw form, each closed by a NUL.
 std::string joined(const std::vector<std::string> &names)
 {
-    std::string text = "{";
+    std::string list;
     for (const auto &name : names)
-        text += (text.size() > 1 ? ", \"" : "\"") + escaped(name) + "\"";
-    return text + "}";
+        list += name + '\0';
+    return list;
 }
 
 } // namespace
 
-Win32Profile::Win32Profile(const std::filesystem::path &file)
-    : m_file(platform::toCodePage(file.u16string()))
-{}
-
-std::string Win32Profile::value(const std::string &section, const std::string &key) const
+std::string Win32Profile::read(const char *section, const char *key, DWORD size) const
 {
-    return readProfile(section.c_str(), key.c_str(), VALUE_BUFFER, m_file);
-}
-
-std::string Win32Profile::keyList(const std::string &section) const
-{
-    return readProfile(section.c_str(), nullptr, LIST_BUFFER, m_file);
-}
-
-std::string Win32Profile::sectionList() const
-{
-    return readProfile(nullptr, nullptr, LIST_BUFFER, m_file);
-}
-
-bool Win32Profile::writeValue(const std::string &section, const std::string &key, const std::string &value) const
-{
-    return WritePrivateProfileStringA(section.c_str(), key.c_str(), value.c_str(), m_file.c_str()) != 0;
-}
-
-bool Win32Profile::deleteKey(const std::string &section, const std::string &key) const
-{
-    return WritePrivateProfileStringA(section.c_str(), key.c_str(), nullptr, m_file.c_str()) != 0;
-}
-
-bool Win32Profile::deleteSection(const std::string &section) const
-{
-    return WritePrivateProfileStringA(section.c_str(), nullptr, nullptr, m_file.c_str()) != 0;
-}
-
-EngineProfile::EngineProfile(const std::filesystem::path &file)
-{
-    m_ini.setPath(file.u16string());
-}
-
-std::string EngineProfile::value(const std::string &section, const std::string &key)
-{
-    m_ini.setSection(wide(section));
-    m_ini.setKey(wide(key));
-    return platform::toCodePage(m_ini.Value());
-}
-
-std::string EngineProfile::keyList(const std::string &section)
-{
-    m_ini.setSection(wide(section));
-    return platform::toCodePage(m_ini.INISection());
-}
-
-std::string EngineProfile::sectionList()
-{
-    return platform::toCodePage(m_ini.Sections());
+    std::string buffer(size, ' ');
+    buffer.resize(std::min(GetPrivateProfileStringA(section, key, "", buffer.data(), size, m_file.c_str()), size));
+    return buffer;
 }
 
 std::vector<std::string> EngineProfile::keyNames(const std::string &section)
 {
-    m_ini.setSection(wide(section));
     std::vector<std::u16string> names;
     std::int32_t count = -1;
-    m_ini.EnumerateCurrentSection(names, count);
-    if (static_cast<std::size_t>(count) != names.size())
-        names.push_back(u"<count " + wide(std::to_string(count)) + u" disagrees with the array>");
-    return narrow(names);
+    at(section).EnumerateCurrentSection(names, count);
+    return narrowNames(names, count);
 }
 
 std::vector<std::string> EngineProfile::sectionNames()
@@ -118,32 +51,7 @@ std::vector<std::string> EngineProfile::sectionNames()
     std::vector<std::u16string> names;
     std::int32_t count = -1;
     m_ini.EnumerateAllSections(names, count);
-    if (static_cast<std::size_t>(count) != names.size())
-        names.push_back(u"<count " + wide(std::to_string(count)) + u" disagrees with the array>");
-    return narrow(names);
-}
-
-void EngineProfile::writeValue(const std::string &section, const std::string &key, const std::string &value)
-{
-    m_ini.setSection(wide(section));
-    m_ini.setKey(wide(key));
-    m_ini.setValue(wide(value));
-}
-
-void EngineProfile::deleteKey(const std::string &section, const std::string &key, bool throughNullValue)
-{
-    m_ini.setSection(wide(section));
-    m_ini.setKey(wide(key));
-    if (throughNullValue)
-        m_ini.setValue(nullptr);
-    else
-        m_ini.DeleteKey();
-}
-
-void EngineProfile::deleteSection(const std::string &section)
-{
-    m_ini.setSection(wide(section));
-    m_ini.DeleteSection();
+    return narrowNames(names, count);
 }
 
 bool sameName(std::string_view a, std::string_view b)
@@ -169,22 +77,9 @@ std::string escaped(std::string_view bytes)
 {
     std::string text;
     for (const char c : bytes) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (c == '\r')
-            text += "\\r";
-        else if (c == '\n')
-            text += "\\n";
-        else if (c == '\t')
-            text += "\\t";
-        else if (c == '\\' || c == '"')
-            text += std::string("\\") + c;
-        else if (byte >= 0x20 && byte < 0x7F)
-            text += c;
-        else {
-            char hex[8];
-            std::snprintf(hex, sizeof hex, "\\x%02X", byte);
-            text += hex;
-        }
+        char hex[8];
+        std::snprintf(hex, sizeof hex, "\\x%02X", static_cast<unsigned char>(c));
+        text += c >= 0x20 && c < 0x7F && c != '\\' && c != '"' ? std::string(1, c) : std::string(hex);
     }
     return text;
 }
@@ -207,10 +102,8 @@ std::string ProfilePair::differences(const Reads &reads)
         if (ours != theirs)
             report += what + ": ours \"" + escaped(ours) + "\", Win32 \"" + escaped(theirs) + "\"\n";
     };
-    const auto compareNames = [&report](const std::string &what, const std::vector<std::string> &ours,
-                                        const std::vector<std::string> &theirs) {
-        if (ours != theirs)
-            report += what + ": ours " + joined(ours) + ", Win32 " + joined(theirs) + "\n";
+    const auto compareNames = [&](const std::string &what, const auto &ours, const auto &theirs) {
+        compare(what, joined(ours), joined(theirs));
     };
 
     const std::string theirSections = m_theirs.sectionList();

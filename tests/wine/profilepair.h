@@ -5,29 +5,45 @@
 #include <string>
 #include <string_view>
 #include <vector>
+#include <windows.h>
 
 #include "core/clsinifile.h"
+#include "platform/codepage.h"
 
 namespace fleetwright::test {
 
-// All text crossing this header is in Windows-1252 bytes, as the Win32 "A" profile calls take and return it.
+// All text here is in Windows-1252 bytes, as the Win32 "A" profile calls take and return it.
 
-// The Win32 profile calls on one file, with the buffer sizes that clsIniFile's reads use (4096 characters for a
-// value, 8192 for a name list). Reads return exactly as many characters as the call says it returned.
+// The Win32 profile calls on one file, with the buffer sizes of clsIniFile's reads (4096 characters for a
+// value, 8192 for a name list). The edits return the call's result.
 class Win32Profile
 {
 public:
-    explicit Win32Profile(const std::filesystem::path &file);
-
-    std::string value(const std::string &section, const std::string &key) const;
-    std::string keyList(const std::string &section) const;
-    std::string sectionList() const;
-    // The write call's result.
-    bool writeValue(const std::string &section, const std::string &key, const std::string &value) const;
-    bool deleteKey(const std::string &section, const std::string &key) const;
-    bool deleteSection(const std::string &section) const;
+    explicit Win32Profile(const std::filesystem::path &file)
+        : m_file(platform::toCodePage(file.u16string()))
+    {}
+    std::string value(const std::string &section, const std::string &key) const
+    {
+        return read(section.c_str(), key.c_str(), 4096);
+    }
+    std::string keyList(const std::string &section) const { return read(section.c_str(), nullptr, 8192); }
+    std::string sectionList() const { return read(nullptr, nullptr, 8192); }
+    bool writeValue(const std::string &section, const std::string &key, const std::string &value) const
+    {
+        return write(section.c_str(), key.c_str(), value.c_str());
+    }
+    bool deleteKey(const std::string &section, const std::string &key) const
+    {
+        return write(section.c_str(), key.c_str(), nullptr);
+    }
+    bool deleteSection(const std::string &section) const { return write(section.c_str(), nullptr, nullptr); }
 
 private:
+    std::string read(const char *section, const char *key, DWORD size) const;
+    bool write(const char *section, const char *key, const char *value) const
+    {
+        return WritePrivateProfileStringA(section, key, value, m_file.c_str()) != 0;
+    }
     std::string m_file;
 };
 
@@ -35,62 +51,65 @@ private:
 class EngineProfile
 {
 public:
-    explicit EngineProfile(const std::filesystem::path &file);
-
-    std::string value(const std::string &section, const std::string &key);
-    std::string keyList(const std::string &section);
-    std::string sectionList();
-    // EnumerateCurrentSection and EnumerateAllSections.
+    explicit EngineProfile(const std::filesystem::path &file) { m_ini.setPath(file.u16string()); }
+    std::string value(const std::string &section, const std::string &key) { return narrow(at(section, key).Value()); }
+    std::string keyList(const std::string &section) { return narrow(at(section).INISection()); }
+    std::string sectionList() { return narrow(m_ini.Sections()); }
+    // EnumerateCurrentSection and EnumerateAllSections, with a mark where the count disagrees with the names.
     std::vector<std::string> keyNames(const std::string &section);
     std::vector<std::string> sectionNames();
-    void writeValue(const std::string &section, const std::string &key, const std::string &value);
+    void writeValue(const std::string &section, const std::string &key, const std::string &value)
+    {
+        at(section, key).setValue(platform::fromCodePage(value));
+    }
     // Through DeleteKey, or through a write of the null string.
-    void deleteKey(const std::string &section, const std::string &key, bool throughNullValue);
-    void deleteSection(const std::string &section);
+    void deleteKey(const std::string &section, const std::string &key, bool throughNullValue)
+    {
+        throughNullValue ? at(section, key).setValue(nullptr) : at(section, key).DeleteKey();
+    }
+    void deleteSection(const std::string &section) { at(section).DeleteSection(); }
 
 private:
+    static std::string narrow(const std::u16string &text) { return platform::toCodePage(text); }
+    clsIniFile &at(const std::string &section, const std::string &key = {})
+    {
+        m_ini.setSection(platform::fromCodePage(section));
+        m_ini.setKey(platform::fromCodePage(key));
+        return m_ini;
+    }
     clsIniFile m_ini;
 };
 
-// Names alike but for the case of their ASCII letters: the folding that both sides share (Wine's calls fold
-// no other letters).
+// Names alike but for the case of their ASCII letters, the only folding Wine's calls know.
 bool sameName(std::string_view a, std::string_view b);
-
-// A returned list walked the way the enumerations walk it: a name counts only when a NUL follows it.
+// A returned list walked as the enumerations walk it: a name counts only when a NUL follows it.
 std::vector<std::string> splitList(std::string_view list, bool skipEmpty);
-
-// Bytes made readable in a failure message: printable ASCII as it is, everything else escaped.
+// Printable ASCII as it is, everything else escaped.
 std::string escaped(std::string_view bytes);
 
-// One profile file in two copies: "ours" is read and edited only through clsIniFile, "theirs" only through
-// the Win32 calls. Wine keeps parsed profile files in a cache of its own; since neither side ever touches the
-// other's copy, that cache never serves a stale file.
+// One profile file in two copies, "ours" edited only through clsIniFile, "theirs" only through the Win32
+// calls; Wine's cache of parsed files never serves a stale copy, as neither side touches the other's.
 class ProfilePair
 {
 public:
     ProfilePair(const std::filesystem::path &folder, const std::string &name, std::string_view bytes);
-
     const std::filesystem::path &oursFile() const { return m_oursFile; }
     const std::filesystem::path &theirsFile() const { return m_theirsFile; }
     EngineProfile &ours() { return m_ours; }
     const Win32Profile &theirs() const { return m_theirs; }
 
-    // What differences() reads. spell gives the spelling in which a name is looked up, so that lookups also
-    // run with case-folded names.
+    // What differences() reads; spell gives the spelling a name is looked up in.
     struct Reads
     {
         std::vector<std::string> extraSections; // read beside the sections theirs lists
         std::vector<std::string> extraKeys;     // read beside the keys listed, wherever values are read
         std::function<std::string(const std::string &)> spell;
-        bool listedSections = true; // read every section theirs lists, or the extra ones only
+        bool listedSections = true;
         bool keyLists = true;
         bool values = true;
         bool fileBytes = true;
     };
-
-    // Everything the two sides disagree on, one line each; empty when they agree. Compared: the section
-    // list (raw and as enumerated) and whatever else the reads ask for; key lists are compared raw and as
-    // enumerated too.
+    // One line for each disagreement, raw lists and enumerations alike; empty when the sides agree.
     std::string differences(const Reads &reads);
     std::string differences() { return differences(Reads {}); }
 
