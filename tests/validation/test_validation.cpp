@@ -1,3 +1,4 @@
+#include <atomic>
 #include <filesystem>
 #include <string>
 #include <system_error>
@@ -5,16 +6,20 @@
 
 #include <gtest/gtest.h>
 
+#include "common/aircraftfolder.h"
 #include "common/environment.h"
 #include "common/golden.h"
 #include "common/tempdir.h"
 #include "core/arraysearch.h"
 #include "core/clsinifile.h"
+#include "core/dialogs.h"
 #include "core/runtimeerror.h"
 #include "core/scripteddialogs.h"
 #include "platform/codepage.h"
 #include "platform/filelookup.h"
 #include "platform/regional.h"
+#include "validation/batch.h"
+#include "validation/checkerfeed.h"
 #include "validation/reportwriter.h"
 #include "validation/validationrun.h"
 #include "version.h"
@@ -44,10 +49,8 @@ std::string cp(const std::u16string &text)
     return platform::toCodePage(text);
 }
 
-// One run on an aircraft folder at dir/Aircraft, the machine around it told by a case's settings:
-//   options=23 digits (all on), fs9= / fsx= airline lines split by "|" (the simulator found), fs9effects= /
-//   fsxeffects= effect files, choice=fs9|fsx, button=N (the three-button answer), batch=1, gridRows=N (1),
-//   emptyFolders= folders to make (version control keeps none).
+// A run on dir/Aircraft. Settings: options= (23 digits, all on), fs9= / fsx= airlines split by "|" (the simulator
+// found), fs9effects= / fsxeffects=, choice=fs9|fsx, button=N (the answer asked), batch=1, emptyFolders=.
 struct Bench
 {
     explicit Bench(const Settings &settings)
@@ -61,20 +64,18 @@ struct Bench
             input.AnalyzeOptionList.push_back(std::u16string(1, static_cast<char16_t>(digit)));
         input.folder = widePath(folder);
         input.environment.TempFolder = widePath(dir / "tmp" / "");
-        input.gridRowCount = std::stoi(setting("gridRows", "1"));
+        input.gridRowCount = 1;
         input.BatchRunning = settings.contains("batch");
-        for (const std::string sim : {"fs9", "fsx"}) {
+        for (const bool fs9 : {true, false}) {
+            const std::string sim = fs9 ? "fs9" : "fsx";
             if (!settings.contains(sim))
                 continue;
-            const bool fs9 = sim == "fs9";
-            (fs9 ? input.environment.Fs9Found : input.environment.FsxFound) = true;
+            ValidationEnvironment &env = input.environment;
+            (fs9 ? env.Fs9Found : env.FsxFound) = true;
             for (const std::string &line : split(setting(sim)))
                 if (!setting(sim).empty())
-                    (fs9 ? input.environment.Fs9Airlines : input.environment.FsxAirlines)
-                        .push_back(platform::fromCodePage(line));
-            fs::create_directories(dir / sim / "Effects");
-            (fs9 ? input.environment.Fs9EffectsFolder : input.environment.FsxEffectsFolder) =
-                widePath(dir / sim / "Effects");
+                    (fs9 ? env.Fs9Airlines : env.FsxAirlines).push_back(platform::fromCodePage(line));
+            (fs9 ? env.Fs9EffectsFolder : env.FsxEffectsFolder) = widePath(dir / sim / "Effects");
             for (const std::string &name : split(setting(sim + "effects")))
                 if (!name.empty())
                     writeBytes(dir / sim / "Effects" / name, "fx");
@@ -97,20 +98,17 @@ struct Bench
 
     fs::path reportFile() const { return fs::path(input.environment.TempFolder + u"corvanecheck.log"); }
 
-    // The report between its frame, checked here: stars, the header, stars and a blank line above; a blank
-    // line and stars below. The rule, as long as half the header, becomes "{rule}".
+    // The report inside its frame of stars, header and blank lines, with "{rule}" for the rule.
     std::string body() const
     {
-        const std::string report = readBytes(reportFile());
+        std::string text = readBytes(reportFile());
         const std::u16string header = reportHeaderStart() + u"Report for \"" + LCase(widePath(folder / "")) + u"\" *";
         const std::string stars = cp(reportStars(header));
         const std::string top = stars + "\r\n" + cp(header) + "\r\n" + stars + "\r\n\r\n";
         const std::string bottom = "\r\n" + stars + "\r\n";
-        if (!report.starts_with(top) || !report.ends_with(bottom) || report.size() < top.size() + bottom.size()) {
-            ADD_FAILURE() << "the report's frame differs:\n" << report;
-            return report;
-        }
-        std::string text = report.substr(top.size(), report.size() - top.size() - bottom.size());
+        if (!text.starts_with(top) || !text.ends_with(bottom) || text.size() < top.size() + bottom.size())
+            return "the report's frame differs:\n" + text;
+        text = text.substr(top.size(), text.size() - top.size() - bottom.size());
         const std::string rule = cp(reportRule(header));
         for (std::size_t at; (at = text.find(rule)) != std::string::npos;)
             text.replace(at, rule.size(), "{rule}");
@@ -124,8 +122,7 @@ struct Bench
     ScriptedDialogs dialogs;
 };
 
-// What a run told besides its report: its outcome unless a report, the error flag, the options when it
-// changed them, a batch's failure text, every box; or the run-time error that ended it.
+// What a run told besides its report, or the run-time error that ended it.
 std::string resultText(Bench &run)
 {
     std::string text;
@@ -158,9 +155,8 @@ std::string resultText(Bench &run)
 class ValidationGolden : public ::testing::TestWithParam<fs::path>
 {};
 
-// tests/data/validation/<case>/: input/ is the aircraft folder, around/ (if any) what stands beside it;
-// result.txt and report.txt (the report's body) are what the run gives. bomRemoved= names files whose byte
-// order mark the run takes off.
+// <case>/: input/ is the aircraft folder, around/ what stands beside it. bomRemoved= names files whose byte
+// order marks the run takes off.
 TEST_P(ValidationGolden, Run)
 {
     const fs::path &data = GetParam();
@@ -173,19 +169,15 @@ TEST_P(ValidationGolden, Run)
     expectGolden(resultText(run), data / "result.txt");
     if (fs::exists(run.reportFile()) || fs::exists(data / "report.txt"))
         expectGolden(run.body(), data / "report.txt");
-    // A report left in the aircraft folder is gone after any run.
     EXPECT_FALSE(fs::exists(run.folder / "corvanecheck.log"));
     if (!settings.contains("bomRemoved"))
         return;
+    // Each mark read goes, the text moving up in place: the file keeps its length, its last bytes staying behind.
     for (const std::string &name : split(settings.at("bomRemoved"))) {
-        // Each mark read goes, the text moving up; the file keeps its length, its last bytes staying behind.
-        const std::string before = readBytes(data / "input" / name);
-        const std::string after = readBytes(run.folder / name);
-        std::string text = before;
-        while (text.starts_with("\xEF\xBB\xBF"))
-            text.erase(0, 3);
-        EXPECT_TRUE(after.starts_with(text) && after.ends_with(before.substr(before.size() - 3))) << name;
-        EXPECT_EQ(after.size(), before.size()) << name;
+        std::string after = readBytes(data / "input" / name);
+        while (after.starts_with("\xEF\xBB\xBF"))
+            after = after.substr(3) + after.substr(after.size() - 3);
+        EXPECT_EQ(readBytes(run.folder / name), after) << name;
     }
 }
 
@@ -197,8 +189,7 @@ TEST(ValidationReport, HeaderTimeStampAndPlace)
     writeBytes(run.folder / "aircraft.cfg", "[fltsim.0]\r\n");
     run.input.reportPath = widePath(run.dir / "elsewhere.log");
     EXPECT_EQ(run.run().reportPath, run.input.reportPath);
-    EXPECT_NE(readBytes(run.dir / "elsewhere.log").find("\r\n[fltsim.x] sections:               1\r\n"),
-              std::string::npos);
+    EXPECT_TRUE(fs::exists(run.dir / "elsewhere.log"));
     EXPECT_EQ(reportHeaderStart(),
               u"Fleetwright V." + platform::fromCodePage(VERSION_TEXT) + u" - " + platform::shortDateText(1700000000)
                   + u" " + platform::longTimeText(1700000000) + u" - ");
@@ -210,43 +201,26 @@ TEST(ValidationReport, HeaderTimeStampAndPlace)
     EXPECT_EQ(reportStars(u"abc"), u"***");
 }
 
-// Which groups a rule closes, on the clean aircraft.
+// Which groups a rule closes. clean/rules.txt: per set of options, the lines of the clean aircraft's report
+// joined by "|", a rule as "-".
 TEST(ValidationReport, RulesFollowTheOptionCombinations)
 {
-    const struct
-    {
-        std::vector<int> on;
-        const char *body;
-    } rows[] = {
-        {{0, 12}, "[fltsim.x] sections:               2|Textures found in folder:          2"},
-        {{0, 12, 13},
-         "[fltsim.x] sections:               2|-|Textures found in folder:          2|"
-         "Texture format:                    *.bmp"},
-        {{22}, "-|Empty folders found:               0"},
-        {{6, 3, 4},
-         "Models found in folder:            1|-|Airfiles found in folder:          1|"
-         "Airfiles unused in folder:         0"},
-        {{3, 9, 21},
-         "Airfiles found in folder:          1|-|atc_airlines compared against:     FS9|"
-         "atc_airlines found:                2|Missing effect files:              0"},
-        {{11, 21, 22},
-         "atc_airlines compared against:     FS9|atc_airlines unknown:              0|-|"
-         "Missing effect files:              0|-|Empty folders found:               0"},
-    };
     const fs::path clean = fs::path(FLEETWRIGHT_TEST_DATA_DIR) / "validation" / "clean";
-    for (const auto &row : rows) {
-        Bench run(readSettings(clean / "case.txt"));
+    std::string actual;
+    for (const char *options : {"10000000000010000000000", "10000000000011000000000", "00000000000000000000001",
+                                "00011010000000000000000", "00010000010000000000010", "00000000000100000000011"}) {
+        Settings settings = readSettings(clean / "case.txt");
+        settings["options"] = options;
+        Bench run(settings);
         copyFolder(clean / "input", run.folder);
-        run.input.AnalyzeOptionList.assign(23, u"0");
-        for (int option : row.on)
-            run.input.AnalyzeOptionList[static_cast<std::size_t>(option)] = u"1";
         run.run();
-        std::string body;
+        actual += options;
         for (const std::string &line : split(run.body(), "\r\n"))
             if (!line.empty())
-                body += (body.empty() ? "" : "|") + (line == "{rule}" ? "-" : line);
-        EXPECT_EQ(body, row.body);
+                actual += "|" + (line == "{rule}" ? "-" : line);
+        actual += "\n";
     }
+    expectGolden(actual, clean / "rules.txt");
 }
 
 TEST(ValidationEdges, LoopingAndDeepFolders)
@@ -295,4 +269,197 @@ TEST(ValidationEdges, RealAircraftFoldersValidate)
     EXPECT_GT(validated, 0);
 }
 
+std::string framed(const std::u16string &line)
+{
+    const std::string stars = cp(reportStars(line));
+    return stars + "\r\n" + cp(line) + "\r\n" + stars + "\r\n";
+}
+
+// A clean aircraft, one that is no aircraft, one without variations, one with an error, and one whose single
+// missing model sits on its label and is no error.
+struct Library
+{
+    Library()
+    {
+        writeAircraft(root / "A-clean");
+        writeBytes(root / "B-junk" / "corvanecheck.log", "left over");
+        writeBytes(root / "C-nosections" / "aircraft.cfg", crlf("[general]\natc_type=CORVANE\n"));
+        writeAircraft(root / "D-error");
+        fs::remove_all(root / "D-error" / "texture.red");
+        writeAircraft(root / "E-model-missing");
+        writeBytes(root / "E-model-missing" / "aircraft.cfg",
+                   crlf("[fltsim.0]\ntitle=Corvane One\nmodel=\ntexture=\nsim=corvane\n"
+                        "[fltsim.1]\ntitle=Corvane Two\nmodel=gone\ntexture=red\nsim=corvane\n"));
+        writeBytes(root / "corvanecheck.log", "left over");
+        batch.BatchRoot = widePath(root);
+        batch.AnalyzeOptionList.assign(23, u"1");
+        batch.environment.TempFolder = widePath(temp / "");
+    }
+    std::u16string folder(const char *name) const { return widePath(root / name); }
+
+    BatchResult run()
+    {
+        clsIniFile AircraftIni;
+        return runBatchValidation(batch, AircraftIni, dialogs);
+    }
+    std::string report() const { return readBytes(temp / "corvanecheckall.log"); }
+
+    std::string single(const char *name) const
+    {
+        NeverAskDialogs quiet;
+        clsIniFile AircraftIni;
+        const ValidationFeed feed = feedValidationFromFolder(folder(name), AircraftIni, quiet);
+        ValidationInput run {.folder = folder(name),
+                             .AnalyzeOptionList = batch.AnalyzeOptionList,
+                             .environment = batch.environment,
+                             .textureFormatText = feed.textureFormatText,
+                             .gridRowCount = feed.gridRowCount,
+                             .BatchRunning = true,
+                             .reportPath = widePath(temp / "expected.log")};
+        runValidation(run, AircraftIni, quiet);
+        return readBytes(temp / "expected.log");
+    }
+    std::string refused(const char *name, const char16_t *why) const
+    {
+        return framed(std::u16string(why) + u" found in folder " + folder(name) + u" *");
+    }
+
+    ScopedVariable time {"SOURCE_DATE_EPOCH", "1700000000"};
+    TempDir temp;
+    TempDir library;
+    fs::path root = library.path();
+    BatchInput batch;
+    NeverAskDialogs dialogs;
+};
+
+// Each folder as outcome number, "r" when in the report, "e" when its report has errors.
+std::string outcomes(const BatchResult &result)
+{
+    std::string text;
+    for (const BatchFolder &folder : result.folders)
+        text += std::to_string(static_cast<int>(folder.outcome)) + (folder.inReport ? "r" : "")
+            + (folder.ReportHasErrors ? "e" : "") + " ";
+    return text;
+}
+
 } // namespace
+
+TEST(BatchValidation, FullAndErrorReports)
+{
+    Library lib;
+    const std::string junk = lib.refused("B-junk", u"No aircraft.cfg file");
+    const std::string noSections = lib.refused("C-nosections", u"An aircraft.cfg file without any [fltsim.x] section");
+    ASSERT_NE(lib.single("E-model-missing").find("Models missing in folder:          fltsim.1"), std::string::npos);
+    BatchResult result = lib.run();
+    EXPECT_EQ(result.reportPath, widePath(lib.temp / "") + u"corvanecheckall.log");
+    EXPECT_EQ(lib.report(),
+              framed(batchReportHeader(widePath(lib.root), false)) + lib.single("A-clean") + junk + noSections
+                  + lib.single("D-error") + lib.single("E-model-missing"));
+    EXPECT_EQ(outcomes(result), "0r 1r 1r 0re 0r ");
+    EXPECT_EQ(result.folderCount, 5u);
+    EXPECT_FALSE(result.stopped);
+    EXPECT_TRUE(result.skippedErrors.empty());
+    EXPECT_EQ(result.folders[1].BatchFailureText, u"No aircraft.cfg file found in folder ");
+    // No box in a batch; the reports left in the root and the folders are gone.
+    EXPECT_TRUE(lib.dialogs.messages().empty());
+    EXPECT_FALSE(fs::exists(lib.root / "corvanecheck.log"));
+    EXPECT_FALSE(fs::exists(lib.root / "B-junk" / "corvanecheck.log"));
+
+    // Errors and failures only; the header names the start folder, whose left-over report goes instead.
+    writeBytes(lib.root / "corvanecheck.log", "left over");
+    lib.batch.errorsOnly = true;
+    lib.batch.BatchStartFolder = lib.folder("A-clean");
+    result = lib.run();
+    EXPECT_EQ(lib.report(),
+              framed(batchReportHeader(lib.folder("A-clean"), true)) + junk + noSections + lib.single("D-error"));
+    EXPECT_EQ(outcomes(result), "0 1r 1r 0re 0 ");
+    EXPECT_TRUE(fs::exists(lib.root / "corvanecheck.log"));
+}
+
+TEST(BatchValidation, AllOptionsOffPassesOnWhateverTheSingleReportHolds)
+{
+    Library lib;
+    writeBytes(lib.temp / "corvanecheck.log", "x");
+    lib.batch.AnalyzeOptionList.assign(23, u"0");
+    const BatchResult result = lib.run();
+    // The box is not silenced by the batch, and no folder is refused, since the run ends first.
+    EXPECT_EQ(
+        lib.dialogs.messages(),
+        std::vector<DialogRecord>(
+            5, {DialogKind::Information, u"", u"You have disabled all analysis reporting options. Exiting here...."}));
+    EXPECT_EQ(lib.report(), framed(batchReportHeader(widePath(lib.root), false)) + "xxxxx");
+    EXPECT_EQ(outcomes(result), "2r 2r 2r 2r 2r ");
+}
+
+// A form that shows no rows: the folder is refused for its empty grid. Stop, pressed during the first folder,
+// ends the batch after it.
+TEST(BatchValidation, FormLoadsTheFoldersAndStopEndsTheBatch)
+{
+    Library lib;
+    std::atomic<bool> stop = false;
+    lib.batch.stopRequested = &stop;
+    std::vector<std::u16string> loaded;
+    clsIniFile AircraftIni;
+    lib.batch.loadFolder = [&](const std::u16string &folder) {
+        loaded.push_back(folder);
+        ValidationFeed feed = feedValidationFromFolder(folder, AircraftIni, lib.dialogs);
+        feed.gridRowCount = 0;
+        return feed;
+    };
+    lib.batch.progress = [&](const BatchProgress &step) {
+        EXPECT_EQ(step.count, 5u);
+        EXPECT_EQ(step.folder->folder, lib.folder("A-clean"));
+        stop = true;
+    };
+    const BatchResult result = runBatchValidation(lib.batch, AircraftIni, lib.dialogs);
+    EXPECT_TRUE(result.stopped);
+    EXPECT_EQ(loaded, std::vector<std::u16string> {lib.folder("A-clean")});
+    EXPECT_EQ(outcomes(result), "1r ");
+    EXPECT_EQ(lib.report(),
+              framed(batchReportHeader(widePath(lib.root), false))
+                  + lib.refused("A-clean", u"An aircraft.cfg file without any [fltsim.x] section"));
+}
+
+// Row 1's model decides the texture format; row 2's is never opened. A model file that will not read and a
+// load fault are told in a box and leave the format empty; the fault keeps the rows read before it.
+TEST(CheckerFeed, FormatRowsAndBoxes)
+{
+    const struct
+    {
+        std::string mdl; // empty: no model file
+        bool withModelCfg;
+        const char *geometry;
+        std::string expected;
+    } rows[] = {
+        {modelBytes("MDLX"), true, "", "3 FSX"},
+        {modelBytes("MDL9"), true, "", "3 FS8/9"},
+        {modelBytes("MDL8"), true, "", "3 FS8/9"},
+        {modelBytes("RIFF"), true, "", "3 n/a"},
+        {"", true, "", "3 "},
+        {modelBytes("MDLX"), false, "", "3 "},
+        {modelBytes("MDL9", 20), true, "", "3  critical box|The model file:"},
+        {modelBytes("MDLX"), true, "[geometry]\nwing_span=1e400\n", "1  fault 6 Dir1_Change plain box|A runtime error"},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(&row - rows);
+        TempDir dir;
+        writeBytes(dir / "aircraft.cfg",
+                   crlf(std::string("[fltsim.0]\ntitle=a\nmodel=fsx\n") + row.geometry
+                        + "[fltsim.1]\ntitle=b\nmodel=\n[fltsim.2]\ntitle=c\n"));
+        if (row.withModelCfg)
+            writeBytes(dir / "model.fsx" / "model.cfg", crlf("normal=plane.MDL\n"));
+        if (!row.mdl.empty())
+            writeBytes(dir / "model.fsx" / "plane.mdl", row.mdl);
+        writeBytes(dir / "model" / "model.cfg", crlf("normal=other\n"));
+        writeBytes(dir / "model" / "other.mdl", modelBytes("MDL9"));
+        NeverAskDialogs dialogs;
+        clsIniFile AircraftIni;
+        const ValidationFeed fed = feedValidationFromFolder(widePath(dir.path()), AircraftIni, dialogs);
+        std::string text = std::to_string(fed.gridRowCount) + " " + cp(fed.textureFormatText);
+        if (fed.loadFault)
+            text += " fault " + std::to_string(fed.loadFault->number()) + " " + cp(fed.loadFault->procedure());
+        for (const DialogRecord &box : dialogs.messages())
+            text += std::string(" ") + dialogKindName(box.kind) + "|" + cp(box.text.substr(0, 15));
+        EXPECT_EQ(text, row.expected);
+    }
+}

@@ -7,117 +7,166 @@
 #include <vector>
 #include <windows.h>
 
+#include "common/tempdir.h"
 #include "core/clsinifile.h"
 #include "platform/codepage.h"
 
 namespace fleetwright::test {
 
-// All text here is in Windows-1252 bytes, as the Win32 "A" profile calls take and return it.
-
-// The Win32 profile calls on one file, with the buffer sizes of clsIniFile's reads (4096 characters for a
-// value, 8192 for a name list). The edits return the call's result.
-class Win32Profile
+// The parts of text between the separators.
+inline std::vector<std::string> split(std::string_view text, char at)
 {
-public:
-    explicit Win32Profile(const std::filesystem::path &file)
-        : m_file(platform::toCodePage(file.u16string()))
-    {}
-    std::string value(const std::string &section, const std::string &key) const
-    {
-        return read(section.c_str(), key.c_str(), 4096);
-    }
-    std::string keyList(const std::string &section) const { return read(section.c_str(), nullptr, 8192); }
-    std::string sectionList() const { return read(nullptr, nullptr, 8192); }
-    bool writeValue(const std::string &section, const std::string &key, const std::string &value) const
-    {
-        return write(section.c_str(), key.c_str(), value.c_str());
-    }
-    bool deleteKey(const std::string &section, const std::string &key) const
-    {
-        return write(section.c_str(), key.c_str(), nullptr);
-    }
-    bool deleteSection(const std::string &section) const { return write(section.c_str(), nullptr, nullptr); }
+    std::vector<std::string> parts;
+    for (std::size_t start = 0, end = 0; end != std::string_view::npos; start = end + 1)
+        parts.emplace_back(text.substr(start, (end = text.find(at, start)) - start));
+    return parts;
+}
 
-private:
-    std::string read(const char *section, const char *key, DWORD size) const;
-    bool write(const char *section, const char *key, const char *value) const
-    {
-        return WritePrivateProfileStringA(section, key, value, m_file.c_str()) != 0;
-    }
-    std::string m_file;
+// Printable ASCII as it is, everything else escaped.
+inline std::string escaped(std::string_view bytes)
+{
+    std::string text;
+    for (const unsigned char c : bytes)
+        text += c >= 0x20 && c < 0x7F && c != '\\' && c != '"'
+            ? std::string(1, c)
+            : std::string("\\x") + "0123456789ABCDEF"[c >> 4] + "0123456789ABCDEF"[c & 15];
+    return text;
+}
+
+// A returned list as the enumerations walk it: a name counts only when a NUL follows it.
+inline std::vector<std::string> namesOf(std::string_view list, bool skipEmpty)
+{
+    std::vector<std::string> names;
+    for (std::size_t pos = 0, nul = 0; (nul = list.find('\0', pos)) != std::string_view::npos; pos = nul + 1)
+        if (nul > pos || !skipEmpty)
+            names.emplace_back(list.substr(pos, nul - pos));
+    return names;
+}
+
+// Names as a raw list holds them, each closed by a NUL.
+inline std::string joined(const std::vector<std::string> &names)
+{
+    std::string list;
+    for (const auto &name : names)
+        list += name + '\0';
+    return list;
+}
+
+// What ProfilePair::differences reads; spell gives the spelling a name is looked up in.
+struct Reads
+{
+    std::vector<std::string> extraSections; // read beside the sections theirs lists
+    std::vector<std::string> extraKeys;     // read beside the keys listed, wherever values are read
+    std::function<std::string(const std::string &)> spell = [](const std::string &name) { return name; };
+    bool listedSections = true, keyLists = true, values = true, fileBytes = true;
 };
 
-// clsIniFile on one file, behind the same byte interface.
-class EngineProfile
+// One profile file in two copies, "ours" read and edited only through clsIniFile, "theirs" only through the
+// Win32 calls, so that Wine's cache of parsed files never serves a stale copy. All text is in Windows-1252
+// bytes, as the Win32 "A" calls take it; their buffers have the sizes of clsIniFile's reads.
+class ProfilePair
 {
 public:
-    explicit EngineProfile(const std::filesystem::path &file) { m_ini.setPath(file.u16string()); }
-    std::string value(const std::string &section, const std::string &key) { return narrow(at(section, key).Value()); }
-    std::string keyList(const std::string &section) { return narrow(at(section).INISection()); }
-    std::string sectionList() { return narrow(m_ini.Sections()); }
-    // EnumerateCurrentSection and EnumerateAllSections, with a mark where the count disagrees with the names.
-    std::vector<std::string> keyNames(const std::string &section);
-    std::vector<std::string> sectionNames();
-    void writeValue(const std::string &section, const std::string &key, const std::string &value)
+    ProfilePair(const std::filesystem::path &folder, const std::string &name, std::string_view bytes)
+        : oursFile(folder / (name + "-ours.cfg"))
+        , theirsFile(folder / (name + "-theirs.cfg"))
     {
-        at(section, key).setValue(platform::fromCodePage(value));
+        writeBytes(oursFile, bytes);
+        writeBytes(theirsFile, bytes);
+        m_ini.setPath(oursFile.u16string());
     }
-    // Through DeleteKey, or through a write of the null string.
-    void deleteKey(const std::string &section, const std::string &key, bool throughNullValue)
+    const std::filesystem::path oursFile, theirsFile;
+
+    // A value, with key null a section's key list, with both null the section list.
+    std::string theirs(const char *section, const char *key) const
     {
-        throughNullValue ? at(section, key).setValue(nullptr) : at(section, key).DeleteKey();
+        std::string buffer(key ? 4096 : 8192, ' ');
+        const auto path = platform::toCodePage(theirsFile.u16string());
+        buffer.resize(GetPrivateProfileStringA(section, key, "", buffer.data(), buffer.size(), path.c_str()));
+        return buffer;
     }
-    void deleteSection(const std::string &section) { at(section).DeleteSection(); }
+    std::string ours(const char *section, const char *key)
+    {
+        return !section ? narrow(m_ini.Sections())
+            : key       ? narrow(at(section, key).Value())
+                        : narrow(at(section, "").INISection());
+    }
+    // EnumerateCurrentSection, or with section null EnumerateAllSections, as a list; a mark where the count
+    // disagrees with the names.
+    std::string enumerated(const char *section)
+    {
+        std::vector<std::u16string> names;
+        std::int32_t count = -1;
+        section ? at(section, "").EnumerateCurrentSection(names, count) : m_ini.EnumerateAllSections(names, count);
+        std::vector<std::string> narrowed;
+        for (const auto &name : names)
+            narrowed.push_back(narrow(name));
+        const std::string mark = "<count " + std::to_string(count) + ">";
+        return joined(narrowed) + (count == static_cast<std::int32_t>(names.size()) ? "" : mark);
+    }
+
+    // A write on both sides; with value null a key's deletion (ours through DeleteKey, or through a write of the
+    // null string), with key null as well the section's. What the Win32 call returned.
+    bool edit(const std::string &section, const char *key, const char *value, bool throughNullValue = false)
+    {
+        clsIniFile &ini = at(section, key ? key : "");
+        if (value)
+            ini.setValue(platform::fromCodePage(value));
+        else if (!key)
+            ini.DeleteSection();
+        else if (throughNullValue)
+            ini.setValue(nullptr);
+        else
+            ini.DeleteKey();
+        const auto path = platform::toCodePage(theirsFile.u16string());
+        return WritePrivateProfileStringA(section.c_str(), key, value, path.c_str()) != 0;
+    }
+
+    // One line for each disagreement, raw lists and enumerations alike; empty when the sides agree.
+    std::string differences(const Reads &reads = {})
+    {
+        std::string report;
+        const auto compare = [&report](const std::string &what, const std::string &ours, const std::string &theirs) {
+            if (ours != theirs)
+                report += what + ": ours \"" + escaped(ours) + "\", Win32 \"" + escaped(theirs) + "\"\n";
+        };
+        const std::string theirSections = theirs(nullptr, nullptr);
+        compare("section list", ours(nullptr, nullptr), theirSections);
+        compare("EnumerateAllSections", enumerated(nullptr), joined(namesOf(theirSections, true)));
+        std::vector<std::string> sections;
+        if (reads.listedSections)
+            sections = namesOf(theirSections, true);
+        sections.insert(sections.end(), reads.extraSections.begin(), reads.extraSections.end());
+        for (const auto &listed : sections) {
+            const std::string section = reads.spell(listed), where = "[" + escaped(section) + "]";
+            const std::string theirKeys = theirs(section.c_str(), nullptr);
+            if (reads.keyLists) {
+                compare("key list of " + where, ours(section.c_str(), nullptr), theirKeys);
+                compare("EnumerateCurrentSection of " + where, enumerated(section.c_str()),
+                        joined(namesOf(theirKeys, false)));
+            }
+            std::vector<std::string> keys = namesOf(theirKeys, false);
+            keys.insert(keys.end(), reads.extraKeys.begin(), reads.extraKeys.end());
+            for (const auto &listedKey : reads.values ? keys : std::vector<std::string>()) {
+                const std::string key = reads.spell(listedKey);
+                compare("value of " + where + " " + escaped(key), ours(section.c_str(), key.c_str()),
+                        theirs(section.c_str(), key.c_str()));
+            }
+        }
+        if (reads.fileBytes)
+            compare("file bytes", readBytes(oursFile), readBytes(theirsFile));
+        return report;
+    }
 
 private:
     static std::string narrow(const std::u16string &text) { return platform::toCodePage(text); }
-    clsIniFile &at(const std::string &section, const std::string &key = {})
+    clsIniFile &at(const std::string &section, const std::string &key)
     {
         m_ini.setSection(platform::fromCodePage(section));
         m_ini.setKey(platform::fromCodePage(key));
         return m_ini;
     }
     clsIniFile m_ini;
-};
-
-// Names alike but for the case of their ASCII letters, the only folding Wine's calls know.
-bool sameName(std::string_view a, std::string_view b);
-// A returned list walked as the enumerations walk it: a name counts only when a NUL follows it.
-std::vector<std::string> splitList(std::string_view list, bool skipEmpty);
-// Printable ASCII as it is, everything else escaped.
-std::string escaped(std::string_view bytes);
-
-// One profile file in two copies, "ours" edited only through clsIniFile, "theirs" only through the Win32
-// calls; Wine's cache of parsed files never serves a stale copy, as neither side touches the other's.
-class ProfilePair
-{
-public:
-    ProfilePair(const std::filesystem::path &folder, const std::string &name, std::string_view bytes);
-    const std::filesystem::path &oursFile() const { return m_oursFile; }
-    const std::filesystem::path &theirsFile() const { return m_theirsFile; }
-    EngineProfile &ours() { return m_ours; }
-    const Win32Profile &theirs() const { return m_theirs; }
-
-    // What differences() reads; spell gives the spelling a name is looked up in.
-    struct Reads
-    {
-        std::vector<std::string> extraSections; // read beside the sections theirs lists
-        std::vector<std::string> extraKeys;     // read beside the keys listed, wherever values are read
-        std::function<std::string(const std::string &)> spell;
-        bool listedSections = true;
-        bool keyLists = true;
-        bool values = true;
-        bool fileBytes = true;
-    };
-    // One line for each disagreement, raw lists and enumerations alike; empty when the sides agree.
-    std::string differences(const Reads &reads);
-    std::string differences() { return differences(Reads {}); }
-
-private:
-    std::filesystem::path m_oursFile;
-    std::filesystem::path m_theirsFile;
-    EngineProfile m_ours;
-    Win32Profile m_theirs;
 };
 
 } // namespace fleetwright::test
