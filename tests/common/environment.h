@@ -23,8 +23,7 @@ private:
     std::optional<std::string> m_old;
 };
 
-// An empty settings store of a test's own, removed at the end: a file named by FLEETWRIGHT_SETTINGS off
-// Windows, a registry key under an application name of its own on Windows.
+// An empty settings store of a test's own, removed at the end: a file that FLEETWRIGHT_SETTINGS names.
 class ScratchSettings
 {
 public:

@@ -15,12 +15,18 @@ std::optional<std::string> currentValue(const char *name)
     return std::nullopt;
 }
 
+// On Windows the C run time's copy of the environment is the one the program reads; "NAME=" removes a variable.
 void setValue(const std::string &name, const std::optional<std::string> &value)
 {
+#ifdef _WIN32
+    const auto wide = [](const std::string &text) { return std::wstring(text.begin(), text.end()); };
+    _wputenv_s(wide(name).c_str(), value ? wide(*value).c_str() : L"");
+#else
     if (value)
         ::setenv(name.c_str(), value->c_str(), 1);
     else
         ::unsetenv(name.c_str());
+#endif
 }
 
 } // namespace
