@@ -8,6 +8,7 @@
 
 #include "common/golden.h"
 #include "common/tempdir.h"
+#include "core/arraysearch.h"
 #include "core/clsinifile.h"
 #include "core/runtimeerror.h"
 #include "folderview/folderload.h"
@@ -61,9 +62,18 @@ std::string loadText(const FolderLoadResult &result, const clsIniFile &ini, cons
     const auto panel = [&](const PanelPaint &paint) {
         return " | " + cp(paint.text) + " " + std::to_string(static_cast<int>(paint.colour));
     };
+    fs::path profile(ini.path());
+#ifdef _WIN32
+    // Windows opens the file by any spelling, so the load keeps the one it asked for; show the one on disk.
+    std::error_code error;
+    for (auto it = fs::directory_iterator(profile.parent_path(), error); !error && it != fs::directory_iterator();
+         it.increment(error))
+        if (!it->is_directory() && LCase(it->path().filename().u16string()) == LCase(profile.filename().u16string()))
+            profile = it->path();
+#endif
     std::string text = "aircraft=" + flag(result.isAircraftFolder) + " dirUp=" + flag(result.cmd_DirUpEnabled)
-        + " ini=" + cp(fs::path(ini.path()).filename().u16string()) + panel(result.panel8) + panel(result.panel9)
-        + " | " + cp(result.panel10Text) + "\n";
+        + " ini=" + cp(profile.filename().u16string()) + panel(result.panel8) + panel(result.panel9) + " | "
+        + cp(result.panel10Text) + "\n";
     for (std::size_t i = 0; i < result.rows.size(); ++i)
         text += "row=" + joined(result.rows[i]) + "|" + cp(result.Descriptions.at(i)) + "\n";
     for (std::size_t i = 0; i < EFFECT_COUNT; ++i)
