@@ -268,8 +268,9 @@ TEST(SimulatorEnvironment, SimObjectPathsOfFsxCfg)
         EXPECT_EQ(env.SimFolderPaths[0], test::widePath(fsx) + u"\\simobjects\\airplanes") << "lower-cased";
     }
     // A file without such keys, or one that is no text, replaces the scan with nothing.
-    for (const std::string &content : {std::string("[Main]\r\nUser Objects=Airplane\r\n"),
-                                       std::string("MDMP\x00\x01\xFF\xFE[\x80]\r\n\x00=\x00\x1A", 20), std::string()}) {
+    for (const std::string &content :
+         {std::string("[Main]\r\nUser Objects=Airplane\r\n"),
+          std::string("MDMP\x00\x01\xFF\xFE[\x80\x81]\r\n\x00=\x00\x1A", 18), std::string()}) {
         writeBytes(cfg, content);
         EXPECT_TRUE(machine.detect().simFolderEntries.empty() && machine.detect().SimFolderPaths.empty());
         EXPECT_EQ(machine.detect().simFolderEnabled, true) << "the scan had entries";
