@@ -35,6 +35,18 @@ void copyFolder(const fs::path &from, const fs::path &to)
     fs::copy(from, to, fs::copy_options::recursive | fs::copy_options::overwrite_existing);
 }
 
+std::vector<std::string> split(std::string_view text, std::string_view separator)
+{
+    std::vector<std::string> parts;
+    for (std::size_t start = 0;;) {
+        const std::size_t end = text.find(separator, start);
+        parts.emplace_back(text.substr(start, end - start));
+        if (end == std::string_view::npos)
+            return parts;
+        start = end + separator.size();
+    }
+}
+
 std::map<std::string, std::string> readSettings(const fs::path &file)
 {
     std::map<std::string, std::string> settings;
@@ -89,13 +101,12 @@ void expectGolden(const std::string &actual, const fs::path &expectedFile, const
     const std::string expected = readBytes(expectedFile);
     if (produced == expected)
         return;
-    const auto [a, b] = std::mismatch(produced.begin(), produced.end(), expected.begin(), expected.end());
-    const auto offset = static_cast<std::size_t>(a - produced.begin());
-    const auto line = std::count(produced.begin(), a, '\n') + 1;
+    const auto differs = std::mismatch(produced.begin(), produced.end(), expected.begin(), expected.end()).first;
+    const auto offset = static_cast<std::size_t>(differs - produced.begin());
+    const auto line = std::count(produced.begin(), differs, '\n') + 1;
     ADD_FAILURE() << expectedFile.string() << " differs at line " << line << " (byte " << offset << ")\n"
                   << "  produced: " << ::testing::PrintToString(lineAt(produced, offset)) << "\n"
                   << "  expected: " << ::testing::PrintToString(lineAt(expected, offset));
-    (void)b;
 }
 
 } // namespace fleetwright::test

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <map>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -26,6 +27,13 @@ std::string goldenName(const ::testing::TestParamInfo<std::filesystem::path> &in
 
 // Copies a folder and everything in it, bytes unchanged.
 void copyFolder(const std::filesystem::path &from, const std::filesystem::path &to);
+
+// The parts of text between separators, empty parts kept: "a||b" gives "a", "", "b"; "" gives one empty part.
+std::vector<std::string> split(std::string_view text, std::string_view separator = "|");
+inline std::vector<std::string> split(std::string_view text, char separator)
+{
+    return split(text, std::string_view(&separator, 1));
+}
 
 // "key=value" lines of a case's settings file; blank lines and lines starting with "#" are skipped. A missing
 // file gives no settings.

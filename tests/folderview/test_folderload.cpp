@@ -13,7 +13,6 @@
 #include "core/runtimeerror.h"
 #include "folderview/folderload.h"
 #include "platform/codepage.h"
-#include "platform/filelookup.h"
 
 using namespace fleetwright;
 using namespace fleetwright::test;

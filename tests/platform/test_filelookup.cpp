@@ -8,27 +8,20 @@
 
 #include <gtest/gtest.h>
 
+#include "common/golden.h"
 #include "common/tempdir.h"
 #include "platform/fileio.h"
 #include "platform/filelookup.h"
 #include "platform/utf8.h"
 
 using namespace fleetwright::platform;
+using fleetwright::test::split;
 using fleetwright::test::TempDir;
 using fleetwright::test::writeBytes;
 namespace fs = std::filesystem;
 using Names = std::vector<std::u16string>;
 
 namespace {
-
-// The parts of a table row: "a|b c|d" split at "|", or at " " for a list of names.
-std::vector<std::string> split(std::string_view text, char at = '|')
-{
-    std::vector<std::string> parts;
-    for (std::size_t start = 0, end = 0; end != std::string_view::npos; start = end + 1)
-        parts.emplace_back(text.substr(start, (end = text.find(at, start)) - start));
-    return parts;
-}
 
 Names namesOf(std::string_view list)
 {

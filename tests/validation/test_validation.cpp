@@ -32,18 +32,6 @@ namespace {
 
 using Settings = std::map<std::string, std::string>;
 
-std::vector<std::string> split(const std::string &text, const std::string &separator = "|")
-{
-    std::vector<std::string> parts;
-    for (std::size_t start = 0;;) {
-        const std::size_t end = text.find(separator, start);
-        parts.push_back(text.substr(start, end - start));
-        if (end == std::string::npos)
-            return parts;
-        start = end + separator.size();
-    }
-}
-
 std::string cp(const std::u16string &text)
 {
     return platform::toCodePage(text);

@@ -7,20 +7,12 @@
 #include <vector>
 #include <windows.h>
 
+#include "common/golden.h"
 #include "common/tempdir.h"
 #include "core/clsinifile.h"
 #include "platform/codepage.h"
 
 namespace fleetwright::test {
-
-// The parts of text between the separators.
-inline std::vector<std::string> split(std::string_view text, char at)
-{
-    std::vector<std::string> parts;
-    for (std::size_t start = 0, end = 0; end != std::string_view::npos; start = end + 1)
-        parts.emplace_back(text.substr(start, (end = text.find(at, start)) - start));
-    return parts;
-}
 
 // Printable ASCII as it is, everything else escaped.
 inline std::string escaped(std::string_view bytes)
