@@ -17,7 +17,7 @@
 #include <QTableView>
 
 #include "core/dialogs.h"
-#include "parking/frm_parkingcode.h"
+#include "parking/gui/frm_parkingcode.h"
 
 namespace {
 

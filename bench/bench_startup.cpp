@@ -17,9 +17,9 @@
 #include <QApplication>
 
 #include "app/frm_main.h"
-#include "app/gui/folderwidgets.h"
-#include "app/programstate.h"
 #include "core/dialogs.h"
+#include "environment/programstate.h"
+#include "folderview/gui/folderwidgets.h"
 #include "workload.h"
 
 namespace {

@@ -9,8 +9,8 @@
 #include <QMainWindow>
 
 #include "app/mainformlayout.h"
-#include "app/simulatorenvironment.h"
 #include "core/clsinifile.h"
+#include "environment/simulatorenvironment.h"
 
 namespace fleetwright {
 class Dialogs;

@@ -29,8 +29,8 @@
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
-#include "app/gui/folderwidgets.h"
-#include "app/gui/statusbarpanels.h"
+#include "core/gui/statusbarpanels.h"
+#include "folderview/gui/folderwidgets.h"
 
 namespace {
 

@@ -9,13 +9,13 @@
 #include <system_error>
 #include <utility>
 
-#include "app/simulatorenvironment.h"
-#include "app/startupsettings.h"
 #include "cli/checkercommands.h"
 #include "core/clsinifile.h"
 #include "core/dialogs.h"
 #include "core/errorbox.h"
 #include "core/runtimeerror.h"
+#include "environment/simulatorenvironment.h"
+#include "environment/startupsettings.h"
 #include "platform/fileio.h"
 #include "platform/filelookup.h"
 #include "platform/settingsstore.h"

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <limits>
 
-#include "app/startupsettings.h"
 #include "core/arraysearch.h"
 #include "core/clsinifile.h"
 #include "core/runtimeerror.h"
+#include "environment/startupsettings.h"
 
 namespace fleetwright {
 

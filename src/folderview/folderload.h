@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "app/simulatorenvironment.h"
+#include "environment/simulatorenvironment.h"
 
 namespace fleetwright {
 

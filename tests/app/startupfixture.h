@@ -15,17 +15,17 @@
 #endif
 
 #include "app/frm_main.h"
-#include "app/gui/folderwidgets.h"
-#include "app/gui/statusbarpanels.h"
-#include "app/gui/textconvert.h"
-#include "app/programstate.h"
-#include "app/startupsettings.h"
 #include "common/environment.h"
 #include "common/modaldialog.h"
+#include "common/scripteddialogs.h"
 #include "common/tempdir.h"
-#include "core/scripteddialogs.h"
+#include "core/gui/statusbarpanels.h"
+#include "core/gui/textconvert.h"
+#include "environment/programstate.h"
+#include "environment/startupsettings.h"
+#include "folderview/gui/folderwidgets.h"
 #include "platform/settingsstore.h"
-#include "support/frm_update.h"
+#include "support/gui/frm_update.h"
 
 namespace fleetwright::test {
 

@@ -1,7 +1,7 @@
 // Editing the open row: what typing does, where the focus may go, the pickers; the edit buttons and the key
 // removal dialog ask first when they should, reach the file, and open the row again.
 #include "common/aircraftfolder.h"
-#include "editing/frm_remove.h"
+#include "editing/gui/frm_remove.h"
 #include "startupfixture.h"
 
 using namespace fleetwright;

@@ -1,7 +1,7 @@
 // The grid: a folder load reaches the grid and the open row, the grid's actions reach the files.
 #include "common/aircraftfolder.h"
 #include "common/airfilebuilder.h"
-#include "folderview/frm_listviewoptions.h"
+#include "folderview/gui/frm_listviewoptions.h"
 #include "startupfixture.h"
 
 using namespace fleetwright;

@@ -4,8 +4,8 @@
 #include <QTcpSocket>
 
 #include "startupfixture.h"
-#include "support/formresizer.h"
-#include "support/frm_about.h"
+#include "support/gui/formresizer.h"
+#include "support/gui/frm_about.h"
 #include "support/liveupdate.h"
 #include "support/operatingsystem.h"
 

@@ -3,7 +3,7 @@
 #include <QSqlQuery>
 #include <QTableView>
 
-#include "parking/frm_parkingcode.h"
+#include "parking/gui/frm_parkingcode.h"
 #include "startupfixture.h"
 
 using namespace fleetwright;

@@ -13,11 +13,11 @@
 #include <windows.h>
 #endif
 
-#include "app/simulatorenvironment.h"
-#include "app/startupsettings.h"
 #include "common/environment.h"
 #include "common/tempdir.h"
 #include "core/runtimeerror.h"
+#include "environment/simulatorenvironment.h"
+#include "environment/startupsettings.h"
 #include "platform/simulatorregistry.h"
 
 using namespace fleetwright;

@@ -1,7 +1,7 @@
 // The text editor: the bytes of a file survive it, changes are asked for, and the airline lists follow it.
 
 #include "startupfixture.h"
-#include "support/frm_texteditor.h"
+#include "support/gui/frm_texteditor.h"
 
 using namespace fleetwright;
 

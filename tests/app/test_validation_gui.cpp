@@ -1,10 +1,10 @@
 // Validation from the main form: the single report and the batch, each reaching the editor; the report options.
 
 #include "startupfixture.h"
-#include "support/frm_texteditor.h"
-#include "validation/frm_analyzeoptions.h"
-#include "validation/frm_main_validation.h"
-#include "validation/frm_validateall.h"
+#include "support/gui/frm_texteditor.h"
+#include "validation/gui/frm_analyzeoptions.h"
+#include "validation/gui/frm_main_validation.h"
+#include "validation/gui/frm_validateall.h"
 
 using namespace fleetwright;
 

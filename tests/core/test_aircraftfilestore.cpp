@@ -8,11 +8,11 @@
 
 #include <gtest/gtest.h>
 
+#include "common/scripteddialogs.h"
 #include "common/tempdir.h"
 #include "core/aircraftfilestore.h"
 #include "core/errorbox.h"
 #include "core/runtimeerror.h"
-#include "core/scripteddialogs.h"
 
 #ifndef _WIN32
 #include <sys/stat.h>

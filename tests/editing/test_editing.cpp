@@ -14,10 +14,10 @@
 
 #include "common/aircraftfolder.h"
 #include "common/golden.h"
+#include "common/scripteddialogs.h"
 #include "common/tempdir.h"
 #include "core/clsinifile.h"
 #include "core/runtimeerror.h"
-#include "core/scripteddialogs.h"
 #include "editing/association.h"
 #include "editing/effects.h"
 #include "editing/generalupdate.h"

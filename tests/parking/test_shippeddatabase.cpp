@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include "parking/parkingdatabase.h"
+#include "parking/gui/parkingdatabase.h"
 
 TEST(ShippedParkingDatabase, HoldsEveryRowOfItsTableInOrder)
 {

@@ -9,10 +9,10 @@
 
 #include "common/aircraftfolder.h"
 #include "common/airfilebuilder.h"
+#include "common/scripteddialogs.h"
 #include "common/tempdir.h"
 #include "core/errorbox.h"
 #include "core/runtimeerror.h"
-#include "core/scripteddialogs.h"
 #include "platform/fileio.h"
 #include "platform/utf8.h"
 #include "simfiles/airfile.h"

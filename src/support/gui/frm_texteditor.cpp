@@ -23,12 +23,12 @@
 #include <QTextDocument>
 #include <QVBoxLayout>
 
-#include "app/gui/textconvert.h"
-#include "app/programstate.h"
-#include "app/simulatorenvironment.h"
 #include "core/dialogs.h"
 #include "core/errorbox.h"
+#include "core/gui/textconvert.h"
 #include "core/runtimeerror.h"
+#include "environment/programstate.h"
+#include "environment/simulatorenvironment.h"
 #include "platform/codepage.h"
 #include "platform/fileio.h"
 

@@ -1,4 +1,4 @@
-#include "parking/frm_parkingcode.h"
+#include "parking/gui/frm_parkingcode.h"
 
 #include <algorithm>
 #include <utility>
@@ -19,13 +19,13 @@
 #include <QVBoxLayout>
 
 #include "app/frm_main.h"
-#include "app/gui/textconvert.h"
-#include "app/programstate.h"
 #include "core/dialogs.h"
 #include "core/errorbox.h"
+#include "core/gui/textconvert.h"
 #include "core/runtimeerror.h"
+#include "environment/programstate.h"
 #include "parking/parkingcodes.h"
-#include "support/tooltips.h"
+#include "support/gui/tooltips.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "core/scripteddialogs.h"
+#include "common/scripteddialogs.h"
 
 #include <stdexcept>
 #include <utility>

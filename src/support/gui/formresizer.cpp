@@ -1,4 +1,4 @@
-#include "support/formresizer.h"
+#include "support/gui/formresizer.h"
 
 #include <algorithm>
 #include <cmath>
@@ -20,7 +20,7 @@
 #include <QTabWidget>
 
 #include "app/frm_main.h"
-#include "app/gui/folderwidgets.h"
+#include "folderview/gui/folderwidgets.h"
 
 namespace {
 

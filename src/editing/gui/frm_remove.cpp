@@ -1,4 +1,4 @@
-#include "editing/frm_remove.h"
+#include "editing/gui/frm_remove.h"
 
 #include <QAction>
 #include <QHBoxLayout>
@@ -7,13 +7,13 @@
 #include <QVBoxLayout>
 
 #include "app/frm_main.h"
-#include "app/gui/textconvert.h"
-#include "app/programstate.h"
 #include "core/aircraftfilestore.h"
 #include "core/errorbox.h"
+#include "core/gui/textconvert.h"
 #include "core/runtimeerror.h"
 #include "editing/keyremoval.h"
-#include "support/tooltips.h"
+#include "environment/programstate.h"
+#include "support/gui/tooltips.h"
 
 using fleetwright::RuntimeError;
 

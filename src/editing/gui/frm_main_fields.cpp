@@ -1,5 +1,5 @@
 // The main form's editor fields: effects, geometry and exits, parking types and codes.
-#include "editing/frm_main_fields.h"
+#include "editing/gui/frm_main_fields.h"
 
 #include <optional>
 
@@ -18,9 +18,9 @@
 #include <QTreeWidget>
 
 #include "app/frm_main.h"
-#include "app/gui/textconvert.h"
 #include "core/dialogs.h"
 #include "core/errorbox.h"
+#include "core/gui/textconvert.h"
 #include "core/runtimeerror.h"
 #include "editing/effects.h"
 #include "parking/parkingentry.h"

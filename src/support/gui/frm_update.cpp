@@ -1,4 +1,4 @@
-#include "support/frm_update.h"
+#include "support/gui/frm_update.h"
 
 #include <string_view>
 
@@ -16,9 +16,9 @@
 #include <QVBoxLayout>
 
 #include "app/frm_main.h"
-#include "app/gui/textconvert.h"
-#include "app/startupsettings.h"
 #include "core/dialogs.h"
+#include "core/gui/textconvert.h"
+#include "environment/startupsettings.h"
 #include "platform/shell.h"
 
 namespace {

@@ -1,6 +1,6 @@
 // The main form's general data, association and update-all writes: the form's boxes in, the engine's write,
 // then the reload.
-#include "editing/frm_main_editing.h"
+#include "editing/gui/frm_main_editing.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -11,8 +11,8 @@
 #include <QTreeWidget>
 
 #include "app/frm_main.h"
-#include "app/gui/textconvert.h"
 #include "core/errorbox.h"
+#include "core/gui/textconvert.h"
 #include "core/runtimeerror.h"
 #include "editing/association.h"
 #include "editing/generalupdate.h"

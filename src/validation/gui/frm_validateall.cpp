@@ -1,4 +1,4 @@
-#include "validation/frm_validateall.h"
+#include "validation/gui/frm_validateall.h"
 
 #include <QCloseEvent>
 #include <QCoreApplication>
@@ -13,14 +13,14 @@
 #include <QVBoxLayout>
 
 #include "app/frm_main.h"
-#include "app/gui/folderwidgets.h"
-#include "app/gui/textconvert.h"
-#include "app/programstate.h"
 #include "core/errorbox.h"
+#include "core/gui/textconvert.h"
 #include "core/runtimeerror.h"
-#include "support/tooltips.h"
+#include "environment/programstate.h"
+#include "folderview/gui/folderwidgets.h"
+#include "support/gui/tooltips.h"
 #include "validation/batch.h"
-#include "validation/frm_main_validation.h"
+#include "validation/gui/frm_main_validation.h"
 
 using fleetwright::programState;
 

@@ -1,4 +1,4 @@
-#include "support/frm_about.h"
+#include "support/gui/frm_about.h"
 
 #include <QAction>
 #include <QEvent>
@@ -14,7 +14,7 @@
 #include <QVBoxLayout>
 
 #include "app/frm_main.h"
-#include "app/gui/textconvert.h"
+#include "core/gui/textconvert.h"
 #include "support/operatingsystem.h"
 #include "version.h"
 

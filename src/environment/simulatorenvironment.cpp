@@ -1,5 +1,5 @@
 // Finding FSX and FS9 at start-up: their folders from the registry, their airlines.cfg, FSX's sim folders.
-#include "app/simulatorenvironment.h"
+#include "environment/simulatorenvironment.h"
 
 #include <cstdint>
 #include <exception>
@@ -7,10 +7,10 @@
 #include <optional>
 #include <utility>
 
-#include "app/startupsettings.h"
 #include "core/arraysearch.h"
 #include "core/clsinifile.h"
 #include "core/runtimeerror.h"
+#include "environment/startupsettings.h"
 #include "platform/codepage.h"
 #include "platform/fileio.h"
 #include "platform/filelookup.h"

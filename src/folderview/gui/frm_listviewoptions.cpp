@@ -1,4 +1,4 @@
-#include "folderview/frm_listviewoptions.h"
+#include "folderview/gui/frm_listviewoptions.h"
 
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -7,11 +7,11 @@
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
-#include "app/gui/textconvert.h"
-#include "app/programstate.h"
-#include "app/startupsettings.h"
+#include "core/gui/textconvert.h"
+#include "environment/programstate.h"
+#include "environment/startupsettings.h"
 #include "platform/settingsstore.h"
-#include "support/tooltips.h"
+#include "support/gui/tooltips.h"
 
 namespace {
 

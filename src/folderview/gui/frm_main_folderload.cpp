@@ -16,14 +16,14 @@
 #include <QTreeWidget>
 
 #include "app/frm_main.h"
-#include "app/gui/folderwidgets.h"
-#include "app/gui/statusbarpanels.h"
-#include "app/gui/textconvert.h"
-#include "app/programstate.h"
 #include "core/arraysearch.h"
 #include "core/errorbox.h"
+#include "core/gui/statusbarpanels.h"
+#include "core/gui/textconvert.h"
 #include "core/runtimeerror.h"
+#include "environment/programstate.h"
 #include "folderview/folderload.h"
+#include "folderview/gui/folderwidgets.h"
 #include "platform/settingsstore.h"
 #include "simfiles/airfile.h"
 #include "simfiles/modelfile.h"

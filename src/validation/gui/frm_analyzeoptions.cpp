@@ -1,4 +1,4 @@
-#include "validation/frm_analyzeoptions.h"
+#include "validation/gui/frm_analyzeoptions.h"
 
 #include <QCheckBox>
 #include <QGridLayout>
@@ -6,10 +6,10 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-#include "app/programstate.h"
-#include "app/startupsettings.h"
+#include "environment/programstate.h"
+#include "environment/startupsettings.h"
 #include "platform/settingsstore.h"
-#include "support/tooltips.h"
+#include "support/gui/tooltips.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // The main form's validation handlers: they feed the validation run from the form and show what it wrote.
-#include "validation/frm_main_validation.h"
+#include "validation/gui/frm_main_validation.h"
 
 #include <QAction>
 #include <QCoreApplication>
@@ -8,16 +8,16 @@
 #include <QTreeWidget>
 
 #include "app/frm_main.h"
-#include "app/gui/folderwidgets.h"
-#include "app/gui/statusbarpanels.h"
-#include "app/gui/textconvert.h"
-#include "app/programstate.h"
 #include "core/errorbox.h"
+#include "core/gui/statusbarpanels.h"
+#include "core/gui/textconvert.h"
 #include "core/runtimeerror.h"
+#include "environment/programstate.h"
+#include "folderview/gui/folderwidgets.h"
 #include "platform/shell.h"
-#include "support/frm_texteditor.h"
-#include "validation/frm_analyzeoptions.h"
-#include "validation/frm_validateall.h"
+#include "support/gui/frm_texteditor.h"
+#include "validation/gui/frm_analyzeoptions.h"
+#include "validation/gui/frm_validateall.h"
 #include "validation/validationrun.h"
 
 using fleetwright::programState;

@@ -1,5 +1,5 @@
 // The settings and small decisions of start-up that need no window.
-#include "app/startupsettings.h"
+#include "environment/startupsettings.h"
 
 #include <filesystem>
 #include <utility>

@@ -11,8 +11,8 @@
 #include <QVariant>
 #include <QWidget>
 
-#include "app/gui/qtdialogs.h"
 #include "core/dialogs.h"
+#include "core/gui/qtdialogs.h"
 
 namespace {
 

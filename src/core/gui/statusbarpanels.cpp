@@ -9,7 +9,7 @@
 #include <QPainter>
 #include <QTimer>
 
-#include "app/gui/textconvert.h"
+#include "core/gui/textconvert.h"
 #include "platform/regional.h"
 
 // One panel: a sunken field with a text, or a painted picture of a text on a coloured ground.

@@ -6,7 +6,7 @@
 #include <QObject>
 #include <QString>
 
-#include "parking/parkingdatabase.h"
+#include "parking/gui/parkingdatabase.h"
 
 class QLineEdit;
 class QPushButton;

@@ -17,13 +17,13 @@
 #include <QTreeWidget>
 
 #include "app/frm_main.h"
-#include "app/gui/folderwidgets.h"
-#include "app/gui/textconvert.h"
 #include "core/arraysearch.h"
 #include "core/errorbox.h"
+#include "core/gui/textconvert.h"
 #include "core/runtimeerror.h"
 #include "editing/sectionrenumber.h"
 #include "editing/sortkeys.h"
+#include "folderview/gui/folderwidgets.h"
 
 using fleetwright::RuntimeError;
 

@@ -1,4 +1,4 @@
-#include "parking/parkingdatabase.h"
+#include "parking/gui/parkingdatabase.h"
 
 #include <atomic>
 

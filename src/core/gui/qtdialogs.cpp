@@ -11,7 +11,7 @@
 #include <QPushButton>
 #include <QStringList>
 
-#include "app/gui/textconvert.h"
+#include "core/gui/textconvert.h"
 
 namespace {
 
