@@ -5,6 +5,9 @@
 #include <QColor>
 #include <QString>
 
+#include "core/gui/backcolour.h"
+#include "folderview/gui/folderwidgets.h"
+
 class QAction;
 class QCheckBox;
 class QComboBox;
@@ -193,14 +196,3 @@ struct MainFormControls
 // context menus. Captions and tooltips are set; nothing is connected but layout. The form gets a fixed size
 // that fits its content at the current font; it is not resizable (the caller may lift that).
 MainFormControls buildMainForm(QMainWindow *form);
-
-// Appends a grid row with a check box and `section` as its first text; the other 16 texts are empty.
-QTreeWidgetItem *addVariationRow(QTreeWidget *grid, const QString &section);
-
-// The back colour of a text box, check box or label as the program's colours mean it (grey: no open row,
-// white: open, pale yellow: not in edit). Kept in the widget's palette (Base for text boxes, Window otherwise).
-void setBackColour(QWidget *widget, const QColor &colour);
-QColor backColour(const QWidget *widget);
-
-// A colour written as 0xBBGGRR, blue in the high byte, as the program's colour values are given.
-QColor colourFromBgr(unsigned int bgr);

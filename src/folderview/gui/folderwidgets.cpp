@@ -10,6 +10,7 @@
 #include <QStorageInfo>
 #include <QStyle>
 #include <QStyledItemDelegate>
+#include <QTreeWidget>
 
 namespace {
 
@@ -321,4 +322,13 @@ void DirListBox::openRow(int row)
     // A folder that vanished since the list was read drops out of it.
     if (!setPath(m_entries.at(row)))
         refresh();
+}
+
+QTreeWidgetItem *addVariationRow(QTreeWidget *grid, const QString &section)
+{
+    auto *item = new QTreeWidgetItem(grid);
+    item->setText(0, section);
+    item->setFlags(Qt::ItemIsSelectable | Qt::ItemIsEnabled | Qt::ItemIsUserCheckable | Qt::ItemNeverHasChildren);
+    item->setCheckState(0, Qt::Unchecked);
+    return item;
 }

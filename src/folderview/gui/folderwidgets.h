@@ -5,6 +5,9 @@
 #include <QString>
 #include <QStringList>
 
+class QTreeWidget;
+class QTreeWidgetItem;
+
 // The drive list: the mounted volumes. On Windows an entry reads like "c: [System]" and drive() is "c:";
 // elsewhere an entry is the mount point (with the volume's name in brackets if it has one) and drive() is the
 // mount point. The list is read again each time it drops down.
@@ -81,3 +84,7 @@ private:
     int m_ancestorCount = 0; // rows of the root ... current folder
     int m_subFolderCount = 0;
 };
+
+// Appends a row to the variation grid (ListView1) with a check box and `section` as its first text; the other
+// 16 texts are empty.
+QTreeWidgetItem *addVariationRow(QTreeWidget *grid, const QString &section);
