@@ -23,29 +23,22 @@
 #include "core/gui/statusbarpanels.h"
 #include "core/gui/textconvert.h"
 #include "core/runtimeerror.h"
-#include "editing/gui/frm_main_editing.h"
-#include "editing/gui/frm_main_fields.h"
-#include "editing/gui/frm_remove.h"
 #include "environment/programstate.h"
 #include "environment/simulatorenvironment.h"
 #include "environment/startupsettings.h"
+#include "folderview/gui/folderviewcontroller.h"
 #include "folderview/gui/folderwidgets.h"
 #include "folderview/gui/frm_listviewoptions.h"
-#include "parking/gui/frm_parkingcode.h"
 #include "platform/filelookup.h"
 #include "platform/regional.h"
 #include "platform/settingsstore.h"
 #include "platform/shell.h"
 #include "platform/simulatorregistry.h"
-#include "support/gui/formresizer.h"
-#include "support/gui/frm_about.h"
 #include "support/gui/frm_texteditor.h"
 #include "support/gui/frm_update.h"
 #include "support/gui/tooltips.h"
 #include "support/windowtitle.h"
-#include "validation/gui/frm_main_validation.h"
 
-using fleetwright::programState;
 using fleetwright::RuntimeError;
 
 namespace {
@@ -76,10 +69,13 @@ frm_Main::frm_Main(fleetwright::Dialogs *dialogs, QWidget *parent)
     m_c = buildMainForm(this);
     connectMenus();
     // The units that work on the form connect before the load, so the first folder load runs with them.
-    m_units = {new ValidationController(*this), new FieldsController(*this),      new KeyRemovalController(*this),
-               new EditingController(*this),    new ParkingCodeController(*this), new UpdateController(*this),
-               new ResizeController(*this),     new AboutController(*this)};
+    createControllers();
     Form_Load();
+}
+
+fleetwright::ProgramState &frm_Main::state()
+{
+    return fleetwright::programState();
 }
 
 frm_Main::~frm_Main()
@@ -91,24 +87,24 @@ frm_Main::~frm_Main()
 
 void frm_Main::connectMenus()
 {
-    connectToggle(m_c.mnuToolTips, &programState().ToolTipsOn, u"ToolTips");
-    connectToggle(m_c.mnuRememberLastPath, &programState().RememberFolderOn, u"IsZandor");
-    connectToggle(m_c.mnuAutoBackup, &AutoBackupOn, u"AutoBackup");
-    connectToggle(m_c.mnuConfirm, &ConfirmUpdates, u"Update");
-    connectToggle(m_c.mnu_AutoUpdate, &AutoUpdateOn, u"AutoUpdate");
-    connectToggle(m_c.mnuEditor, &programState().InternalEditorOn, u"Editor");
-    connectToggle(m_c.mnuResizable, &ResizableOn, u"Resizeable");
+    auto &global = state();
+    connectToggle(m_c.mnuToolTips, &global.ToolTipsOn, u"ToolTips");
+    connectToggle(m_c.mnuRememberLastPath, &global.RememberFolderOn, u"IsZandor");
+    connectToggle(m_c.mnuAutoBackup, &global.AutoBackupOn, u"AutoBackup");
+    connectToggle(m_c.mnuConfirm, &global.ConfirmUpdates, u"Update");
+    connectToggle(m_c.mnu_AutoUpdate, &global.AutoUpdateOn, u"AutoUpdate");
+    connectToggle(m_c.mnuEditor, &global.InternalEditorOn, u"Editor");
+    connectToggle(m_c.mnuResizable, &global.ResizableOn, u"Resizeable");
     connect(m_c.mnuResizable, &QAction::triggered, this, &frm_Main::mnuResizable_Click);
     connect(m_c.mnuCFG, &QAction::triggered, this, &frm_Main::mnuCFG_Click);
     connect(m_c.mnuQuit, &QAction::triggered, this, &frm_Main::mnuQuit_Click);
     connect(m_c.mnu_Manual, &QAction::triggered, this, &frm_Main::mnu_Manual_Click);
     connect(m_c.Corvane, &QAction::triggered, this, &frm_Main::Corvane_Click);
     connect(m_c.StatusBar1, &StatusBarPanels::panelDoubleClicked, this, &frm_Main::StatusBar1_PanelDblClick);
-    connect(m_c.Dir1, &DirListBox::Change, this, &frm_Main::Dir1_Change);
     connect(m_c.mnuDataGrid, &QAction::triggered, this,
-            [this] { (new frm_ListViewOptions(m_c.ListView1, *m_settings, this))->show(); });
-    connect(m_c.frm_RightClick.mnuResize, &QAction::triggered, this, [this] { ResizeGrid(m_c.ListView1); });
-    connectFolderView();
+            [this] { (new fleetwright::frm_ListViewOptions(m_c.ListView1, *m_settings, state(), this))->show(); });
+    connect(m_c.frm_RightClick.mnuResize, &QAction::triggered, this,
+            [this] { fleetwright::ResizeGrid(m_c.ListView1); });
 }
 
 // One rule for every toggle: the item's check mark flips, the flag follows it, and the setting is saved at
@@ -125,7 +121,7 @@ void frm_Main::connectToggle(QAction *item, bool *flag, const char16_t *settingN
 
 void frm_Main::Form_Load()
 {
-    auto &global = programState();
+    auto &global = state();
     global.TempFolder = fleetwright::computeTempFolder();
 
     try {
@@ -135,7 +131,7 @@ void frm_Main::Form_Load()
         m_c.StatusBar1->setFont(panelFont);
 
         const fleetwright::platform::SimulatorRegistry registry;
-        RegistryPrefix = registry.Is64BitOS() ? u"SOFTWARE\\Wow6432Node\\Microsoft\\" : u"SOFTWARE\\Microsoft\\";
+        global.RegistryPrefix = registry.Is64BitOS() ? u"SOFTWARE\\Wow6432Node\\Microsoft\\" : u"SOFTWARE\\Microsoft\\";
 
         global.AnalyzeOptionsText = fleetwright::loadAnalyzeOptions(*m_settings);
 
@@ -147,7 +143,7 @@ void frm_Main::Form_Load()
 
         global.AnalyzeOptionList = fleetwright::splitList(global.AnalyzeOptionsText);
         global.EditorMode = 0;
-        LoadGuard = true;
+        m_folderView->setLoadGuard(true);
         global.BatchRunning = false;
 
         SetUpToolTips(this, global.ToolTipsOn);
@@ -173,7 +169,7 @@ void frm_Main::Form_Load()
         } catch (const std::exception &) {}
     };
     skipped([this] { setUpGrid(); });
-    skipped([this] { DecimalSeparator = fleetwright::platform::DecimalSeparatorChar(); });
+    skipped([this] { state().DecimalSeparator = fleetwright::platform::DecimalSeparatorChar(); });
     skipped([this] {
         m_c.lstParking->hide();
         m_c.lstParking->clear();
@@ -183,7 +179,7 @@ void frm_Main::Form_Load()
     applyStartSettings();
     skipped([this] { hideColumnsFromDataGrid(); });
     skipped([this] { moveToStartingFolder(); });
-    EventsEnabled = true;
+    m_folderView->setEventsEnabled(true);
     m_c.SSTab1->setCurrentIndex(0);
     skipped([this] { attachManual(); });
 }
@@ -198,23 +194,24 @@ void frm_Main::applyStartSettings()
             item->setChecked(*stored);
         *flag = item->isChecked();
     };
-    apply(m_c.mnuAutoBackup, &AutoBackupOn, options.AutoBackupOn);
-    apply(m_c.mnuConfirm, &ConfirmUpdates, options.ConfirmUpdates);
-    apply(m_c.mnuEditor, &programState().InternalEditorOn, options.InternalEditorOn);
-    apply(m_c.mnuResizable, &ResizableOn, options.ResizableOn);
-    if (ResizableOn)
+    auto &global = state();
+    apply(m_c.mnuAutoBackup, &global.AutoBackupOn, options.AutoBackupOn);
+    apply(m_c.mnuConfirm, &global.ConfirmUpdates, options.ConfirmUpdates);
+    apply(m_c.mnuEditor, &global.InternalEditorOn, options.InternalEditorOn);
+    apply(m_c.mnuResizable, &global.ResizableOn, options.ResizableOn);
+    if (global.ResizableOn)
         toggleResizableStyle();
 }
 
 void frm_Main::detectSimulators(const fleetwright::platform::SimulatorRegistry &registry)
 {
+    auto &global = state();
     const auto found = fleetwright::SimulatorEnvironment::detect(
-        registry, RegistryPrefix, registry.GetSpecialFolder(fleetwright::platform::APPDATA_FOLDER));
-    auto &global = programState();
-    Fs9AircraftRoot = found.Fs9AircraftRoot;
-    FsxSimObjectsRoot = found.FsxSimObjectsRoot;
-    FsxCfgPath = found.FsxCfgPath;
-    SimFolderPaths = found.SimFolderPaths;
+        registry, global.RegistryPrefix, registry.GetSpecialFolder(fleetwright::platform::APPDATA_FOLDER));
+    global.Fs9AircraftRoot = found.Fs9AircraftRoot;
+    global.FsxSimObjectsRoot = found.FsxSimObjectsRoot;
+    global.FsxCfgPath = found.FsxCfgPath;
+    global.SimFolderPaths = found.SimFolderPaths;
     global.Fs9Found = found.Fs9Found;
     global.FsxFound = found.FsxFound;
     global.Fs9AirlinesPath = found.Fs9AirlinesPath;
@@ -257,27 +254,27 @@ void frm_Main::setUpGrid()
 
 void frm_Main::hideColumnsFromDataGrid()
 {
-    programState().DataGridOptions = fleetwright::readSetting(*m_settings, u"DataGrid");
+    state().DataGridOptions = fleetwright::readSetting(*m_settings, u"DataGrid");
     // Columns past the grid's last are not there; their errors are skipped.
-    for (const int column : fleetwright::hiddenGridColumns(programState().DataGridOptions).columns)
+    for (const int column : fleetwright::hiddenGridColumns(state().DataGridOptions).columns)
         m_c.ListView1->setColumnWidth(column - 1, 0);
 }
 
 void frm_Main::moveToStartingFolder()
 {
     const fleetwright::StartingFolder start = fleetwright::startingFolder(
-        programState().RememberFolderOn, fleetwright::readSetting(*m_settings, u"Path"), programFolder());
-    LoadGuard = false;
+        state().RememberFolderOn, fleetwright::readSetting(*m_settings, u"Path"), programFolder());
+    m_folderView->setLoadGuard(false);
     if (!start.changeFolder)
         return;
-    LoadGuard = start.loadGuardWhileDriveChanges;
+    m_folderView->setLoadGuard(start.loadGuardWhileDriveChanges);
     // Off Windows a folder has no drive letter: the drive is the volume the folder is on.
 #ifdef Q_OS_WIN
     m_c.Drive1->setDrive(toQString(start.drive));
 #else
     m_c.Drive1->setDrive(toQString(start.folder));
 #endif
-    LoadGuard = false;
+    m_folderView->setLoadGuard(false);
     m_c.Dir1->setPath(toQString(start.folder));
 }
 
@@ -288,10 +285,11 @@ void frm_Main::attachManual()
         m_c.mnu_Manual->setEnabled(false);
         return;
     }
-    ManualFilePath = manual->ManualFilePath;
+    auto &global = state();
+    global.ManualFilePath = manual->ManualFilePath;
     // Without a program that opens it, the manual cannot be shown.
-    if (const auto viewer = fleetwright::platform::Shell::findExecutable(ManualFilePath))
-        PdfViewerPath = *viewer;
+    if (const auto viewer = fleetwright::platform::Shell::findExecutable(global.ManualFilePath))
+        global.PdfViewerPath = *viewer;
     else
         m_c.mnu_Manual->setEnabled(false);
 }
@@ -339,18 +337,19 @@ void frm_Main::mnuCFG_Click()
         m_dialogs->critical(u"No aircraft.cfg file found in this folder. Exiting here...", u"");
         return;
     }
-    programState().EditorFile = m_aircraftIni.path();
-    if (programState().InternalEditorOn) {
-        programState().EditorMode = 3;
+    auto &global = state();
+    global.EditorFile = m_openAircraft.AircraftIni.path();
+    if (global.InternalEditorOn) {
+        global.EditorMode = 3;
         showTextEditor(this, *m_dialogs);
     } else {
-        fleetwright::platform::Shell::openInPlainEditor(programState().EditorFile);
+        fleetwright::platform::Shell::openInPlainEditor(global.EditorFile);
     }
 }
 
 void frm_Main::openAirlinesFile(bool fsx)
 {
-    auto &global = programState();
+    auto &global = state();
     if (!(fsx ? global.FsxFound : global.Fs9Found))
         return;
     if (global.InternalEditorOn) {
@@ -379,7 +378,7 @@ void frm_Main::StatusBar1_PanelDblClick(int panel)
 
 void frm_Main::mnu_Manual_Click()
 {
-    fleetwright::platform::Shell::open(ManualFilePath);
+    fleetwright::platform::Shell::open(state().ManualFilePath);
 }
 
 void frm_Main::OpenURL(const std::u16string &url)
@@ -396,7 +395,7 @@ void frm_Main::Form_Activate()
 {
     try {
         m_c.mnu_AutoUpdate->setChecked(fleetwright::readBoolSetting(*m_settings, u"AutoUpdate"));
-        AutoUpdateOn = m_c.mnu_AutoUpdate->isChecked();
+        state().AutoUpdateOn = m_c.mnu_AutoUpdate->isChecked();
         if (auto *update = findChild<UpdateController *>(QString(), Qt::FindDirectChildrenOnly))
             update->automaticCheck();
     } catch (const RuntimeError &error) {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -9,11 +8,14 @@
 #include <QMainWindow>
 
 #include "app/mainformlayout.h"
-#include "core/clsinifile.h"
 #include "environment/simulatorenvironment.h"
+#include "folderview/openaircraft.h"
 
 namespace fleetwright {
 class Dialogs;
+class EditingController;
+class FolderViewController;
+struct ProgramState;
 namespace platform {
 class SettingsStore;
 }
@@ -21,8 +23,8 @@ class SettingsStore;
 
 class QAction;
 
-// The main window: the hub that owns the controls and the form-level state of start-up, and hands the work
-// to the engine's units. Form_Load runs in the constructor, as a form's load runs before it is first shown.
+// The main window: the hub that owns the controls, makes the subsystems' controllers and connects them, and
+// runs start-up. Form_Load runs in the constructor, as a form's load runs before it is first shown.
 class frm_Main : public QMainWindow
 {
     Q_OBJECT
@@ -34,41 +36,13 @@ public:
 
     const MainFormControls &controls() const { return m_c; }
     fleetwright::Dialogs &dialogs() const { return *m_dialogs; }
-
+    fleetwright::ProgramState &state();
+    // The aircraft of the current folder and the open row.
+    fleetwright::OpenAircraft &openAircraft() { return m_openAircraft; }
     // The profile file of the current folder's aircraft.cfg; its path names the current file.
-    fleetwright::clsIniFile &AircraftIni() { return m_aircraftIni; }
-
-    // Form-level state that start-up sets and the other parts of the program read.
-    std::u16string RegistryPrefix;
-    std::u16string Fs9AircraftRoot;
-    std::u16string FsxSimObjectsRoot;
-    std::u16string FsxCfgPath;
-    std::vector<std::u16string> SimFolderPaths;
-    bool AutoBackupOn = true;
-    bool ConfirmUpdates = true;
-    bool AutoUpdateOn = true;
-    bool ResizableOn = false;
-    bool LoadGuard = false;
-    bool EventsEnabled = false;
-    char16_t DecimalSeparator = u'.';
-    std::int32_t BorderTwipsX = 0;
-    std::int32_t BorderTwipsY = 0;
-    std::u16string ManualFilePath;
-    std::u16string PdfViewerPath;
+    fleetwright::clsIniFile &AircraftIni() { return m_openAircraft.AircraftIni; }
 
     void PaintStatusPanel(int panel, const QString &text, fleetwright::PanelColour colour);
-
-    // State of the open row and the folder load.
-    std::vector<std::u16string> Descriptions;
-    std::u16string AirFileName;
-    std::int16_t AirTypeShown = 0;
-    std::u16string ModelFilePath;
-    std::u16string RadiusOnLoad;
-    std::u16string DescriptionOnLoad;
-    std::u16string ExitNote0;
-    std::u16string ExitNote1;
-    std::u16string WingSpanSection;
-    int EffectIndex = -1;
 
     // Empties every editor field before a folder load; does nothing while LoadGuard is on.
     void ResetValues();
@@ -114,19 +88,17 @@ private:
     void toggleResizableStyle();
     void openAirlinesFile(bool fsx);
     void OpenURL(const std::u16string &url);
-    void connectFolderView();
-    void runEditing(const char16_t *procedure, const std::function<bool()> &operation);
-    void quickNavigate(const std::u16string &root, const char16_t *missingText);
-    void moveBrowser(const std::u16string &folder);
-    void ReadAirFile();
-    void airTypeOption_Click(int type);
-    void showCurrentFields(const std::u16string &section);
+    void createControllers();
 
     std::unique_ptr<fleetwright::Dialogs> m_ownDialogs;
     fleetwright::Dialogs *m_dialogs = nullptr;
     std::unique_ptr<fleetwright::platform::SettingsStore> m_settings;
     MainFormControls m_c;
-    fleetwright::clsIniFile m_aircraftIni;
+    fleetwright::OpenAircraft m_openAircraft;
+    fleetwright::FolderViewController *m_folderView = nullptr;
+    fleetwright::EditingController *m_editing = nullptr;
     bool m_resizableStyle = false;
+    std::int32_t BorderTwipsX = 0;
+    std::int32_t BorderTwipsY = 0;
     std::vector<QObject *> m_units; // the controllers of the subsystems, children of the form
 };

@@ -7,10 +7,16 @@
 namespace fleetwright {
 
 // The program-wide values that start-up sets and the forms read: one instance for the whole run, as the
-// forms are one instance each. Form-level state lives on frm_Main.
+// forms are one instance each.
 struct ProgramState
 {
     std::u16string TempFolder; // always ends in the separator
+    std::u16string RegistryPrefix;
+
+    std::u16string Fs9AircraftRoot;
+    std::u16string FsxSimObjectsRoot;
+    std::u16string FsxCfgPath;
+    std::vector<std::u16string> SimFolderPaths; // behind the entries of combo_SimFolder, in their order
 
     std::vector<std::u16string> Fs9Airlines; // raw lines of FS9's airlines.cfg
     std::vector<std::u16string> FsxAirlines; // raw lines of FSX's airlines.cfg
@@ -28,6 +34,14 @@ struct ProgramState
     bool ToolTipsOn = true;
     bool RememberFolderOn = true;
     bool InternalEditorOn = true;
+    bool AutoBackupOn = true;
+    bool ConfirmUpdates = true;
+    bool AutoUpdateOn = true;
+    bool ResizableOn = false;
+    char16_t DecimalSeparator = u'.';
+
+    std::u16string ManualFilePath;
+    std::u16string PdfViewerPath; // the program that opens the manual; empty when there is none
 
     // What the internal editor is to open: 1 and 2 the airlines.cfg of FS9 and FSX, 3 EditorFile, 0 nothing.
     std::int16_t EditorMode = 0;

@@ -49,7 +49,7 @@ TEST_F(Editing, EachButtonAsksWritesAndOpensTheRowAgain)
     EXPECT_EQ(test::readBytes(aircraft / "model" / "skyliner.mdl")[28], 50);
     EXPECT_TRUE(c.chk_atc_heavy->isChecked()) << "the row is open again";
 
-    form.ConfirmUpdates = false;
+    form.state().ConfirmUpdates = false;
     c.combo_Texture->setCurrentIndex(c.combo_Texture->findText(QStringLiteral("Red")));
     c.cmd_Associate->click();
     EXPECT_TRUE(has("texture=Red\r\n"));
@@ -66,7 +66,7 @@ TEST_F(Editing, KeyRemovalAsksAlwaysAndReloadsAfterADelete)
 {
     frm_Main form(&dialogs);
     const auto aircraft = openAircraft(form, ORIGINAL);
-    form.ConfirmUpdates = false;
+    form.state().ConfirmUpdates = false;
     test::ModalDialogs<frm_Remove> removal([&](frm_Remove &dialog) {
         EXPECT_EQ(dialog.List1()->count(), 4) << "the keys of the variations, once each";
         dialog.List1()->findItems(QStringLiteral("sim"), Qt::MatchExactly).front()->setCheckState(Qt::Checked);
@@ -129,7 +129,7 @@ TEST_F(Editing, FocusPickListsAndEffects)
     c.txt_effects[2]->setFocus();
     dialogs.pushFile(u"C:\\Effects\\FX_TEST.FX");
     c.frm_RightClick.mnuEffectsSelect->trigger();
-    form.EffectIndex = 6;
+    form.openAircraft().EffectIndex = 6;
     c.frm_RightClick.mnuEffectsDefault->trigger();
     c.txt_Description->setPlainText(QStringLiteral("red two"));
     dialogs.pushAnswer(true);

@@ -80,7 +80,7 @@ TEST_F(StartUp, EachToggleIsSavedAtOnceAndReadBackAtTheNextStartAndTheWindowScal
             (form.controls().*member)->trigger();
             EXPECT_EQ(settings.GetSetting(name), member == &MainFormControls::mnuResizable ? u"1" : u"0");
         }
-        EXPECT_FALSE(form.AutoBackupOn || form.ConfirmUpdates || programState().InternalEditorOn);
+        EXPECT_FALSE(form.state().AutoBackupOn || form.state().ConfirmUpdates || programState().InternalEditorOn);
         EXPECT_TRUE(form.windowResizable());
         form.resize(base.width() * 2, base.height());
         EXPECT_EQ(form.controls().txt_Title->font().pointSize(), title * 2) << "the fonts follow the width";
@@ -105,8 +105,10 @@ TEST_F(StartUp, SimulatorsOfTheRegistryAreFound)
     EXPECT_EQ(form.controls().StatusBar1->panelText(2) + form.controls().StatusBar1->panelText(5),
               QStringLiteral("foundfound"));
     EXPECT_TRUE(programState().Fs9Found && programState().FsxFound);
-    EXPECT_EQ(std::filesystem::path(form.Fs9AircraftRoot), std::filesystem::path(fs9.toStdWString()) / "Aircraft");
-    EXPECT_EQ(std::filesystem::path(form.FsxSimObjectsRoot), std::filesystem::path(fsx.toStdWString()) / "SimObjects");
+    EXPECT_EQ(std::filesystem::path(form.state().Fs9AircraftRoot),
+              std::filesystem::path(fs9.toStdWString()) / "Aircraft");
+    EXPECT_EQ(std::filesystem::path(form.state().FsxSimObjectsRoot),
+              std::filesystem::path(fsx.toStdWString()) / "SimObjects");
 }
 
 TEST_F(StartUp, AboutBoxIsModalNamesTheSystemAndClosesOnAnyClick)

@@ -1,83 +1,51 @@
 #include "editing/gui/frm_remove.h"
 
-#include <QAction>
-#include <QHBoxLayout>
 #include <QListWidget>
 #include <QPushButton>
-#include <QVBoxLayout>
 
-#include "app/frm_main.h"
-#include "core/aircraftfilestore.h"
+#include "core/clsinifile.h"
+#include "core/dialogs.h"
 #include "core/errorbox.h"
 #include "core/gui/textconvert.h"
 #include "core/runtimeerror.h"
 #include "editing/keyremoval.h"
 #include "environment/programstate.h"
 #include "support/gui/tooltips.h"
+#include "ui_frm_remove.h"
 
-using fleetwright::RuntimeError;
+namespace fleetwright {
 
-namespace {
-
-QPushButton *addButton(QBoxLayout *row, const char *name, const QString &caption, const QString &tip)
-{
-    auto *button = new QPushButton(caption);
-    button->setObjectName(QString::fromLatin1(name));
-    button->setToolTip(tip);
-    row->addWidget(button);
-    return button;
-}
-
-void showRuntimeError(fleetwright::Dialogs &dialogs, const RuntimeError &error, const char16_t *procedure)
-{
-    RuntimeError named = error;
-    if (named.procedure().empty())
-        named.setProcedure(procedure);
-    dialogs.critical(fleetwright::commonErrorText(named), u"");
-}
-
-} // namespace
-
-frm_Remove::frm_Remove(frm_Main &main, QWidget *parent)
+frm_Remove::frm_Remove(clsIniFile &aircraftIni, Dialogs &dialogs, const ProgramState &state,
+                       std::function<void()> reload, QWidget *parent)
     : QDialog(parent)
-    , m_main(main)
+    , m_ui(std::make_unique<Ui::frm_Remove>())
+    , m_aircraftIni(aircraftIni)
+    , m_dialogs(dialogs)
+    , m_reload(std::move(reload))
 {
-    setObjectName(QStringLiteral("frm_Remove"));
-    setWindowTitle(QStringLiteral("Remove keys in all [fltsim.x] sections"));
-    setModal(true);
-
-    m_list = new QListWidget;
-    m_list->setObjectName(QStringLiteral("List1"));
-    m_list->setToolTip(
-        QStringLiteral("This list shows all unique keys found in the [fltsim.x] sections of this aircraft.cfg file"));
-    auto *layout = new QVBoxLayout(this);
-    layout->addWidget(m_list);
-    auto *selection = new QHBoxLayout;
-    QPushButton *all = addButton(selection, "cmd_All", QStringLiteral("Select &all"),
-                                 QStringLiteral("Select all keys above for deletion"));
-    QPushButton *none = addButton(selection, "cmd_None", QStringLiteral("Select &none"),
-                                  QStringLiteral("De-select all keys above for deletion"));
-    layout->addLayout(selection);
-    auto *wipeRow = new QHBoxLayout;
-    QPushButton *wipe = addButton(wipeRow, "cmd_Wipe", QStringLiteral("&Delete marked keys"),
-                                  QStringLiteral("Delete selected keys in current aircraft.cfg"));
-    layout->addLayout(wipeRow);
-
-    connect(all, &QPushButton::clicked, this, &frm_Remove::cmd_All_Click);
-    connect(none, &QPushButton::clicked, this, &frm_Remove::cmd_None_Click);
-    connect(wipe, &QPushButton::clicked, this, &frm_Remove::cmd_Wipe_Click);
+    m_ui->setupUi(this);
+    connect(m_ui->cmd_All, &QPushButton::clicked, this, &frm_Remove::cmd_All_Click);
+    connect(m_ui->cmd_None, &QPushButton::clicked, this, &frm_Remove::cmd_None_Click);
+    connect(m_ui->cmd_Wipe, &QPushButton::clicked, this, &frm_Remove::cmd_Wipe_Click);
 
     // Form_Load.
     m_deleted = false;
-    SetUpToolTips(this, fleetwright::programState().ToolTipsOn);
+    SetUpToolTips(this, state.ToolTipsOn);
     LoadList();
+}
+
+frm_Remove::~frm_Remove() = default;
+
+QListWidget *frm_Remove::List1() const
+{
+    return m_ui->List1;
 }
 
 void frm_Remove::LoadList()
 {
-    m_list->clear();
-    for (const std::u16string &key : fleetwright::LoadList(m_main.AircraftIni())) {
-        auto *entry = new QListWidgetItem(toQString(key), m_list);
+    m_ui->List1->clear();
+    for (const std::u16string &key : fleetwright::LoadList(m_aircraftIni)) {
+        auto *entry = new QListWidgetItem(toQString(key), m_ui->List1);
         entry->setFlags(entry->flags() | Qt::ItemIsUserCheckable);
         entry->setCheckState(Qt::Unchecked);
     }
@@ -85,8 +53,8 @@ void frm_Remove::LoadList()
 
 void frm_Remove::markAll(bool marked)
 {
-    for (int i = 0; i < m_list->count(); ++i)
-        m_list->item(i)->setCheckState(marked ? Qt::Checked : Qt::Unchecked);
+    for (int i = 0; i < m_ui->List1->count(); ++i)
+        m_ui->List1->item(i)->setCheckState(marked ? Qt::Checked : Qt::Unchecked);
 }
 
 void frm_Remove::cmd_All_Click()
@@ -102,7 +70,7 @@ void frm_Remove::cmd_None_Click()
 // Asked always, whatever ConfirmUpdates says.
 bool frm_Remove::askWipe()
 {
-    return m_main.dialogs().criticalQuestion(fleetwright::WIPE_QUESTION, u"");
+    return m_dialogs.criticalQuestion(WIPE_QUESTION, u"");
 }
 
 void frm_Remove::cmd_Wipe_Click()
@@ -110,20 +78,23 @@ void frm_Remove::cmd_Wipe_Click()
     if (!askWipe())
         return;
     std::vector<std::u16string> marked;
-    for (int i = 0; i < m_list->count(); ++i) {
-        if (m_list->item(i)->checkState() == Qt::Checked)
-            marked.push_back(toU16String(m_list->item(i)->text()));
+    for (int i = 0; i < m_ui->List1->count(); ++i) {
+        if (m_ui->List1->item(i)->checkState() == Qt::Checked)
+            marked.push_back(toU16String(m_ui->List1->item(i)->text()));
     }
     try {
-        const std::int16_t count = fleetwright::RemoveMarkedKeys(m_main.AircraftIni(), marked);
+        const std::int16_t count = RemoveMarkedKeys(m_aircraftIni, marked);
         if (count > 0)
             m_deleted = true;
         LoadList();
-        m_main.dialogs().information(fleetwright::wipeReport(count), u"");
+        m_dialogs.information(wipeReport(count), u"");
     } catch (const RuntimeError &error) {
         // The attempts up to the fault are written; the reload on closing shows them.
         m_deleted = true;
-        showRuntimeError(m_main.dialogs(), error, u"cmd_Wipe_Click");
+        RuntimeError named = error;
+        if (named.procedure().empty())
+            named.setProcedure(u"cmd_Wipe_Click");
+        m_dialogs.critical(commonErrorText(named), u"");
     }
 }
 
@@ -132,26 +103,8 @@ void frm_Remove::done(int result)
     QDialog::done(result);
     if (m_deleted) {
         m_deleted = false;
-        m_main.RunChange();
+        m_reload();
     }
 }
 
-KeyRemovalController::KeyRemovalController(frm_Main &form)
-    : QObject(&form)
-    , m_form(form)
-{
-    setObjectName(QStringLiteral("KeyRemovalController"));
-    connect(form.controls().mnuDelKeys, &QAction::triggered, this, &KeyRemovalController::mnuDelKeys_Click);
-}
-
-void KeyRemovalController::mnuDelKeys_Click()
-{
-    try {
-        fleetwright::MakeBackup(m_form.AircraftIni().path(), m_form.AutoBackupOn);
-    } catch (const RuntimeError &error) {
-        showRuntimeError(m_form.dialogs(), error, u"mnuDelKeys_Click");
-        return;
-    }
-    frm_Remove dialog(m_form, &m_form);
-    dialog.exec();
-}
+} // namespace fleetwright

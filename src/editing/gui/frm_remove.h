@@ -1,26 +1,35 @@
 #pragma once
 
-#include <string>
-#include <vector>
+#include <functional>
+#include <memory>
 
 #include <QDialog>
-#include <QObject>
 
 class QListWidget;
-class QPushButton;
-class frm_Main;
+
+namespace Ui {
+class frm_Remove;
+}
+
+namespace fleetwright {
+
+class Dialogs;
+class clsIniFile;
+struct ProgramState;
 
 // "Remove keys in all [fltsim.x] sections": every distinct key of the variation sections with a check box,
 // and the removal of the marked ones from all those sections at once. Modal; the grid behind it is reloaded
-// when it closes, and only when something was deleted.
+// (reload) when it closes, and only when something was deleted.
 class frm_Remove : public QDialog
 {
     Q_OBJECT
 
 public:
-    explicit frm_Remove(frm_Main &main, QWidget *parent = nullptr);
+    frm_Remove(clsIniFile &aircraftIni, Dialogs &dialogs, const ProgramState &state, std::function<void()> reload,
+               QWidget *parent = nullptr);
+    ~frm_Remove() override;
 
-    QListWidget *List1() const { return m_list; }
+    QListWidget *List1() const;
     // Whether a delete has run since the dialog opened.
     bool keysDeleted() const { return m_deleted; }
 
@@ -38,23 +47,11 @@ private:
     void markAll(bool marked);
     bool askWipe();
 
-    frm_Main &m_main;
-    QListWidget *m_list = nullptr;
+    std::unique_ptr<Ui::frm_Remove> m_ui;
+    clsIniFile &m_aircraftIni;
+    Dialogs &m_dialogs;
+    std::function<void()> m_reload;
     bool m_deleted = false;
 };
 
-// mnuDelKeys on the Tools menu: the backup, taken when the dialog opens whether or not anything is deleted
-// later, then frm_Remove.
-class KeyRemovalController : public QObject
-{
-    Q_OBJECT
-
-public:
-    explicit KeyRemovalController(frm_Main &form);
-
-public slots:
-    void mnuDelKeys_Click();
-
-private:
-    frm_Main &m_form;
-};
+} // namespace fleetwright

@@ -1,13 +1,20 @@
 #pragma once
 
+#include <memory>
+
 #include <QDialog>
 
 class QListWidget;
-class QListWidgetItem;
-class QPushButton;
 class QTreeWidget;
 
-namespace fleetwright::platform {
+namespace Ui {
+class frm_ListViewOptions;
+}
+
+namespace fleetwright {
+
+struct ProgramState;
+namespace platform {
 class SettingsStore;
 }
 
@@ -18,10 +25,11 @@ class frm_ListViewOptions : public QDialog
     Q_OBJECT
 
 public:
-    frm_ListViewOptions(QTreeWidget *grid, const fleetwright::platform::SettingsStore &settings,
+    frm_ListViewOptions(QTreeWidget *grid, const platform::SettingsStore &settings, ProgramState &state,
                         QWidget *parent = nullptr);
+    ~frm_ListViewOptions() override;
 
-    QListWidget *List1() const { return m_list; }
+    QListWidget *List1() const;
 
 public slots:
     void List1_Click();
@@ -33,12 +41,15 @@ public slots:
 private:
     void checkAll(bool checked);
 
+    std::unique_ptr<Ui::frm_ListViewOptions> m_ui;
     QTreeWidget *m_grid;
-    const fleetwright::platform::SettingsStore &m_settings;
-    QListWidget *m_list = nullptr;
+    const platform::SettingsStore &m_settings;
+    ProgramState &m_state;
     bool m_loadGuard = false;
 };
 
 // Fits every shown column but the last to its content and header; the last is fitted in any case, so a
 // hidden "texture" column comes back, unlike all the others.
 void ResizeGrid(QTreeWidget *grid);
+
+} // namespace fleetwright

@@ -20,6 +20,7 @@
 #include <QTabWidget>
 
 #include "app/frm_main.h"
+#include "environment/programstate.h"
 #include "folderview/gui/folderwidgets.h"
 
 namespace {
@@ -290,14 +291,14 @@ ResizeController::ResizeController(frm_Main &form)
     setObjectName(QStringLiteral("ResizeController"));
     form.installEventFilter(this);
     connect(form.controls().mnuResizable, &QAction::triggered, this, [this] {
-        if (m_form.ResizableOn)
+        if (m_form.state().ResizableOn)
             m_resizer.ResizeForm(&m_form);
     });
 }
 
 bool ResizeController::eventFilter(QObject *watched, QEvent *event)
 {
-    if (watched == &m_form && event->type() == QEvent::Resize && m_form.ResizableOn)
+    if (watched == &m_form && event->type() == QEvent::Resize && m_form.state().ResizableOn)
         m_resizer.ResizeForm(&m_form);
     return QObject::eventFilter(watched, event);
 }

@@ -18,6 +18,7 @@
 #include "app/frm_main.h"
 #include "core/dialogs.h"
 #include "core/gui/textconvert.h"
+#include "environment/programstate.h"
 #include "environment/startupsettings.h"
 #include "platform/shell.h"
 
@@ -246,7 +247,7 @@ void UpdateController::showModally(frm_Main &form)
 
 void UpdateController::automaticCheck()
 {
-    if (!m_form.AutoUpdateOn)
+    if (!m_form.state().AutoUpdateOn)
         return;
     const QDate today = QDate::currentDate();
     const int week =

@@ -7,7 +7,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
-#include <QMenu>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
@@ -15,20 +14,23 @@
 #include <QToolButton>
 #include <QTreeWidget>
 
-#include "app/frm_main.h"
 #include "core/arraysearch.h"
+#include "core/dialogs.h"
 #include "core/errorbox.h"
+#include "core/gui/backcolour.h"
 #include "core/gui/statusbarpanels.h"
 #include "core/gui/textconvert.h"
 #include "core/runtimeerror.h"
 #include "environment/programstate.h"
 #include "folderview/folderload.h"
+#include "folderview/gui/folderviewcontroller.h"
 #include "folderview/gui/folderwidgets.h"
+#include "folderview/openaircraft.h"
 #include "platform/settingsstore.h"
 #include "simfiles/airfile.h"
 #include "simfiles/modelfile.h"
 
-using fleetwright::RuntimeError;
+namespace fleetwright {
 
 namespace {
 
@@ -52,15 +54,15 @@ std::u16string withBackslashes(std::u16string text)
 
 } // namespace
 
-void frm_Main::showCurrentFields(const std::u16string &section)
+void FolderViewController::showCurrentFields(const std::u16string &section)
 {
-    m_aircraftIni.setSection(section);
+    m_services.aircraft.AircraftIni.setSection(section);
     const auto current = [this](const char16_t *key, bool slashes, const char16_t *none) {
-        m_aircraftIni.setKey(key);
-        std::u16string value = m_aircraftIni.Value();
+        m_services.aircraft.AircraftIni.setKey(key);
+        std::u16string value = m_services.aircraft.AircraftIni.Value();
         if (slashes)
             value = withBackslashes(std::move(value));
-        value = fleetwright::StripComment(value);
+        value = StripComment(value);
         return toQString(value.empty() ? std::u16string(none) : value);
     };
     m_c.txt_CurrentTexture->setText(current(u"texture", true, u"<default>"));
@@ -68,7 +70,7 @@ void frm_Main::showCurrentFields(const std::u16string &section)
     m_c.txt_CurrentAirfile->setText(current(u"sim", false, u"<none>"));
 }
 
-void frm_Main::Dir1_Change()
+void FolderViewController::Dir1_Change()
 {
     Descriptions.clear();
     if (LoadGuard)
@@ -76,38 +78,38 @@ void frm_Main::Dir1_Change()
     ResetValues();
     m_c.cmd_DirUp->setEnabled(false);
 
-    fleetwright::FolderLoadInput input;
+    FolderLoadInput input;
     input.folder = toU16String(m_c.Dir1->path());
-    input.decimalSeparator = DecimalSeparator;
-    input.ExitNote0 = ExitNote0;
-    input.ExitNote1 = ExitNote1;
+    input.decimalSeparator = m_services.state.DecimalSeparator;
+    input.ExitNote0 = m_services.aircraft.ExitNote0;
+    input.ExitNote1 = m_services.aircraft.ExitNote1;
     input.WingSpanSection = WingSpanSection;
-    fleetwright::FolderLoadResult loaded;
+    FolderLoadResult loaded;
     std::optional<RuntimeError> fault;
     try {
-        fleetwright::readAircraftFolder(input, m_aircraftIni, loaded);
+        readAircraftFolder(input, m_services.aircraft.AircraftIni, loaded);
     } catch (const RuntimeError &error) {
         fault = error;
     }
 
     QTreeWidget *grid = m_c.ListView1;
-    const auto paint = [this](const fleetwright::PanelPaint &panel) {
+    const auto paintPanel = [this](const PanelPaint &panel) {
         if (panel.panel > 0)
-            PaintStatusPanel(panel.panel, toQString(panel.text), panel.colour);
+            paint(panel.panel, toQString(panel.text), panel.colour);
     };
-    paint(loaded.panel8);
+    paintPanel(loaded.panel8);
     if (loaded.isAircraftFolder)
-        paint(loaded.panel9);
+        paintPanel(loaded.panel9);
     m_c.cmd_DirUp->setEnabled(loaded.cmd_DirUpEnabled);
     grid->setUpdatesEnabled(false);
-    for (const fleetwright::GridRow &row : loaded.rows) {
+    for (const GridRow &row : loaded.rows) {
         QTreeWidgetItem *item = addVariationRow(grid, toQString(row[0]));
         for (std::size_t column = 1; column < row.size(); ++column)
             item->setText(static_cast<int>(column), toQString(row[column]));
     }
     grid->setUpdatesEnabled(true);
     Descriptions = loaded.Descriptions;
-    for (std::size_t k = 0; k < fleetwright::EFFECT_COUNT; ++k) {
+    for (std::size_t k = 0; k < EFFECT_COUNT; ++k) {
         m_c.txt_effects[k]->setText(toQString(loaded.txt_effects[k]));
         m_c.chk_Effect[k]->setChecked(loaded.chk_Effect[k]);
     }
@@ -118,8 +120,8 @@ void frm_Main::Dir1_Change()
         for (std::size_t k = 0; k < 5; ++k)
             exits[row][k]->setText(toQString(loaded.txt_Exit[row][k]));
     }
-    ExitNote0 = loaded.ExitNote0;
-    ExitNote1 = loaded.ExitNote1;
+    m_services.aircraft.ExitNote0 = loaded.ExitNote0;
+    m_services.aircraft.ExitNote1 = loaded.ExitNote1;
     m_c.txt_Jetways->setText(toQString(loaded.txt_Jetways.text));
     setBackColour(m_c.txt_Jetways, colourFromBgr(loaded.txt_Jetways.backColour));
     m_c.txt_general_atc_model->setText(toQString(loaded.txt_general_atc_model));
@@ -130,9 +132,9 @@ void frm_Main::Dir1_Change()
         // operation where it stood.
         fault->setProcedure(u"Dir1_Change");
         if (loaded.errorHandlerOn)
-            fleetwright::showCommonError(*m_dialogs, *fault);
+            showCommonError(m_services.dialogs, *fault);
         else
-            m_dialogs->critical(fleetwright::commonErrorText(*fault), u"");
+            m_services.dialogs.critical(commonErrorText(*fault), u"");
         return;
     }
 
@@ -156,7 +158,7 @@ void frm_Main::Dir1_Change()
         }
     }
     if (loaded.pathSetting)
-        m_settings->SaveSetting(u"Path", *loaded.pathSetting);
+        m_services.settings.SaveSetting(u"Path", *loaded.pathSetting);
 
     if (loaded.selectedRow)
         grid->setCurrentItem(grid->topLevelItem(static_cast<int>(*loaded.selectedRow)));
@@ -167,7 +169,7 @@ void frm_Main::Dir1_Change()
         m_c.txt_CurrentAirfile->setText(toQString(loaded.current->txt_CurrentAirfile));
     }
     if (!loaded.isAircraftFolder || loaded.rows.empty())
-        paint(loaded.panel9);
+        paintPanel(loaded.panel9);
     m_c.StatusBar1->setPanelText(10, toQString(loaded.panel10Text));
 
     if (loaded.rowToOpen) {
@@ -192,14 +194,12 @@ void frm_Main::Dir1_Change()
     m_c.SSTab1->setFocusPolicy(loaded.SSTab1TabStop ? Qt::TabFocus : Qt::NoFocus);
 }
 
-void frm_Main::ReadAirFile()
+void FolderViewController::ReadAirFile()
 {
-    fleetwright::AirFileState state {AirFileName, AirTypeShown};
-    const fleetwright::AirFileReading reading =
-        fleetwright::ReadAirFile(toU16String(m_c.Dir1->path()), state, *m_dialogs);
+    AirFileState state {AirFileName, AirTypeShown};
+    const AirFileReading reading = fleetwright::ReadAirFile(toU16String(m_c.Dir1->path()), state, m_services.dialogs);
     AirFileName = state.AirFileName;
     AirTypeShown = state.AirTypeShown;
-    using fleetwright::AirFileOutcome;
     const bool eventsBefore = EventsEnabled;
     EventsEnabled = false;
     switch (reading.outcome) {
@@ -210,9 +210,9 @@ void frm_Main::ReadAirFile()
         for (QRadioButton *option : {m_c.opt_ac_Normal, m_c.opt_ac_Helicopter, m_c.opt_ac_AI})
             option->setEnabled(true);
         if (reading.selected) {
-            setOption(m_c.opt_ac_Normal, *reading.selected == fleetwright::AirType::Normal);
-            setOption(m_c.opt_ac_Helicopter, *reading.selected == fleetwright::AirType::Helicopter);
-            setOption(m_c.opt_ac_AI, *reading.selected == fleetwright::AirType::AI);
+            setOption(m_c.opt_ac_Normal, *reading.selected == AirType::Normal);
+            setOption(m_c.opt_ac_Helicopter, *reading.selected == AirType::Helicopter);
+            setOption(m_c.opt_ac_AI, *reading.selected == AirType::AI);
             setOption(m_c.opt_ac_Nok, false);
         }
         break;
@@ -227,7 +227,7 @@ void frm_Main::ReadAirFile()
     EventsEnabled = reading.outcome == AirFileOutcome::Failed ? eventsBefore : true;
 }
 
-void frm_Main::lst_Airfile_Click()
+void FolderViewController::lst_Airfile_Click()
 {
     if (m_c.lst_Airfile->currentRow() < 0) {
         for (QRadioButton *option : {m_c.opt_ac_AI, m_c.opt_ac_Helicopter, m_c.opt_ac_Normal, m_c.opt_ac_Nok})
@@ -240,20 +240,19 @@ void frm_Main::lst_Airfile_Click()
     ReadAirFile();
 }
 
-void frm_Main::airTypeOption_Click(int type)
+void FolderViewController::airTypeOption_Click(int type)
 {
     if (!EventsEnabled)
         return;
-    const fleetwright::AirFileState state {AirFileName, AirTypeShown};
-    const fleetwright::AirTypePatch patch =
-        fleetwright::patchAirType(static_cast<fleetwright::AirType>(type), state, ConfirmUpdates, *m_dialogs);
-    using fleetwright::AirTypePatchOutcome;
+    const AirFileState state {AirFileName, AirTypeShown};
+    const AirTypePatch patch =
+        patchAirType(static_cast<AirType>(type), state, m_services.state.ConfirmUpdates, m_services.dialogs);
     if (patch.outcome == AirTypePatchOutcome::Refused) {
         EventsEnabled = false;
         if (patch.restore) {
-            setOption(m_c.opt_ac_Normal, *patch.restore == fleetwright::AirType::Normal);
-            setOption(m_c.opt_ac_Helicopter, *patch.restore == fleetwright::AirType::Helicopter);
-            setOption(m_c.opt_ac_AI, *patch.restore == fleetwright::AirType::AI);
+            setOption(m_c.opt_ac_Normal, *patch.restore == AirType::Normal);
+            setOption(m_c.opt_ac_Helicopter, *patch.restore == AirType::Helicopter);
+            setOption(m_c.opt_ac_AI, *patch.restore == AirType::AI);
         }
         EventsEnabled = true;
     } else if (patch.outcome == AirTypePatchOutcome::Failed) {
@@ -261,7 +260,7 @@ void frm_Main::airTypeOption_Click(int type)
     }
 }
 
-void frm_Main::ListView1_DblClick()
+void FolderViewController::ListView1_DblClick()
 {
     QTreeWidget *grid = m_c.ListView1;
     if (grid->topLevelItemCount() == 0)
@@ -283,7 +282,7 @@ void frm_Main::ListView1_DblClick()
         if (index >= Descriptions.size())
             throw RuntimeError(9, u"Subscript out of range");
         m_c.txt_Description->setPlainText(toQString(Descriptions[index]));
-        DescriptionOnLoad = Descriptions[index];
+        m_services.aircraft.DescriptionOnLoad = Descriptions[index];
         m_c.chk_atc_heavy->setEnabled(true);
         setBackColour(m_c.lblSelections, WHITE);
         setBackColour(m_c.picCombo, WHITE);
@@ -299,34 +298,32 @@ void frm_Main::ListView1_DblClick()
 
         const std::u16string folder = toU16String(m_c.Dir1->path());
         const std::u16string model = toU16String(item->text(9));
-        const fleetwright::ModelConfig config = fleetwright::resolveModelName(folder, model, *m_dialogs);
+        const ModelConfig config = resolveModelName(folder, model, m_services.dialogs);
         if (config.missing)
-            PaintStatusPanel(9, QStringLiteral("AC Status: NOK"), fleetwright::PanelColour::Red);
+            paint(9, QStringLiteral("AC Status: NOK"), PanelColour::Red);
 
         EventsEnabled = false;
         AirFileName = toU16String(item->text(10));
         ReadAirFile();
         EventsEnabled = true;
-        RadiusOnLoad.clear();
+        m_services.aircraft.RadiusOnLoad.clear();
 
         if (!config.missing) {
-            const fleetwright::ModelFileReading reading = fleetwright::readModelFile(folder, model, config.modelName);
-            ModelFilePath = reading.ModelFilePath;
-            using fleetwright::ModelFileOutcome;
+            const ModelFileReading reading = readModelFile(folder, model, config.modelName);
+            m_services.aircraft.ModelFilePath = reading.ModelFilePath;
             if (reading.outcome != ModelFileOutcome::Read)
-                PaintStatusPanel(9, QStringLiteral("AC Status: NOK"), fleetwright::PanelColour::Red);
+                paint(9, QStringLiteral("AC Status: NOK"), PanelColour::Red);
             if (reading.outcome == ModelFileOutcome::Failed) {
-                m_dialogs->critical(reading.failureMessage, u"");
+                m_services.dialogs.critical(reading.failureMessage, u"");
                 return;
             }
             if (reading.outcome == ModelFileOutcome::Read) {
                 m_c.txt_FSXVersion->setText(toQString(reading.versionText));
                 m_c.txt_FS9Radius->setText(toQString(reading.radiusText));
                 m_c.txt_FS9Radius->setReadOnly(!reading.radiusEditable);
-                setBackColour(
-                    m_c.txt_FS9Radius,
-                    colourFromBgr(reading.radiusEditable ? 0xFFFFFF : fleetwright::ModelFileReading::LOCKED_COLOUR));
-                RadiusOnLoad = reading.RadiusOnLoad;
+                setBackColour(m_c.txt_FS9Radius,
+                              colourFromBgr(reading.radiusEditable ? 0xFFFFFF : ModelFileReading::LOCKED_COLOUR));
+                m_services.aircraft.RadiusOnLoad = reading.RadiusOnLoad;
             }
         }
         m_c.cmd_ParkingCodes->setEnabled(true);
@@ -335,6 +332,8 @@ void frm_Main::ListView1_DblClick()
     } catch (const RuntimeError &error) {
         RuntimeError named = error;
         named.setProcedure(u"ListView1_DblClick");
-        fleetwright::showCommonError(*m_dialogs, named);
+        showCommonError(m_services.dialogs, named);
     }
 }
+
+} // namespace fleetwright

@@ -1,6 +1,4 @@
-// The main form's editor fields: effects, geometry and exits, parking types and codes.
-#include "editing/gui/frm_main_fields.h"
-
+// The editor fields that need more than a value: effects, geometry and exits, parking types and codes.
 #include <optional>
 
 #include <QAction>
@@ -17,16 +15,19 @@
 #include <QToolButton>
 #include <QTreeWidget>
 
-#include "app/frm_main.h"
 #include "core/dialogs.h"
 #include "core/errorbox.h"
+#include "core/gui/backcolour.h"
 #include "core/gui/textconvert.h"
 #include "core/runtimeerror.h"
 #include "editing/effects.h"
+#include "editing/gui/editingcontroller.h"
+#include "environment/programstate.h"
+#include "folderview/openaircraft.h"
 #include "parking/parkingentry.h"
 #include "simfiles/geometry.h"
 
-using fleetwright::RuntimeError;
+namespace fleetwright {
 
 namespace {
 
@@ -39,7 +40,7 @@ std::optional<int> typedKey(const QKeyEvent *event)
 {
     switch (event->key()) {
     case Qt::Key_Backspace:
-        return fleetwright::KEY_BACKSPACE;
+        return KEY_BACKSPACE;
     case Qt::Key_Tab:
     case Qt::Key_Backtab:
     case Qt::Key_Delete:
@@ -53,37 +54,33 @@ std::optional<int> typedKey(const QKeyEvent *event)
     return text.at(0).unicode();
 }
 
-std::array<QLineEdit *, 15> exitFields(const MainFormControls &c)
+} // namespace
+
+std::array<QLineEdit *, 15> EditingController::exitFields() const
 {
     std::array<QLineEdit *, 15> fields {};
     std::size_t n = 0;
-    for (const auto *row : {&c.txt_Exit_0, &c.txt_Exit_1, &c.txt_Exit_2}) {
+    for (const auto *row : {&m_c.txt_Exit_0, &m_c.txt_Exit_1, &m_c.txt_Exit_2}) {
         for (QLineEdit *field : *row)
             fields[n++] = field;
     }
     return fields;
 }
 
-} // namespace
-
-FieldsController::FieldsController(frm_Main &form)
-    : QObject(&form)
-    , m_form(form)
+void EditingController::connectFields()
 {
-    setObjectName(QStringLiteral("FieldsController"));
-    const MainFormControls &c = form.controls();
-
+    const EditingControls &c = m_c;
     for (std::size_t k = 0; k < c.txt_effects.size(); ++k) {
         QLineEdit *box = c.txt_effects[k];
         box->installEventFilter(this);
         connect(box, &QLineEdit::customContextMenuRequested, this,
                 [this, k](const QPoint &position) { txt_effects_MouseDown(static_cast<int>(k), position); });
     }
-    const RightClickMenus &menus = c.frm_RightClick;
-    connect(menus.mnuEffectsDisable, &QAction::triggered, this, &FieldsController::EffectDisable);
-    connect(menus.mnuEffectsDefault, &QAction::triggered, this, &FieldsController::EffectDefault);
-    connect(menus.mnuEffectsSelect, &QAction::triggered, this, &FieldsController::EffectSelect);
-    connect(c.cmd_Effect_Update, &QPushButton::clicked, this, &FieldsController::cmd_Effect_Update_Click);
+    const auto &menus = c.frm_RightClick;
+    connect(menus.mnuEffectsDisable, &QAction::triggered, this, &EditingController::EffectDisable);
+    connect(menus.mnuEffectsDefault, &QAction::triggered, this, &EditingController::EffectDefault);
+    connect(menus.mnuEffectsSelect, &QAction::triggered, this, &EditingController::EffectSelect);
+    connect(c.cmd_Effect_Update, &QPushButton::clicked, this, &EditingController::cmd_Effect_Update_Click);
 
     connectWingSpanChain();
     connectExitRows();
@@ -94,74 +91,66 @@ FieldsController::FieldsController(frm_Main &form)
              c.txt_ui_Variation, c.txt_general_atc_model, c.txt_general_atc_type, c.chk_Exit_0, c.chk_Exit_1,
              c.chk_Exit_2, c.txt_WingSpan_New, c.lstParking})
         field->installEventFilter(this);
-    for (QLineEdit *field : exitFields(c))
+    for (QLineEdit *field : exitFields())
         field->installEventFilter(this);
 
-    connect(c.cmdDropDown, &QToolButton::clicked, this, &FieldsController::cmdDropDown_Click);
+    connect(c.cmdDropDown, &QToolButton::clicked, this, &EditingController::cmdDropDown_Click);
     connect(c.lstParking, &QListWidget::itemSelectionChanged, this, [this] {
         if (!m_fillingParkingList)
             lstParking_Click();
     });
 }
 
-void FieldsController::showFault(const RuntimeError &error, const char16_t *procedure)
-{
-    RuntimeError named = error;
-    if (named.procedure().empty())
-        named.setProcedure(procedure);
-    m_form.dialogs().critical(fleetwright::commonErrorText(named), u"");
-}
-
 // ---- Effects ----
 
-fleetwright::EffectFields FieldsController::effectFields() const
+EffectFields EditingController::effectFields() const
 {
-    const MainFormControls &c = m_form.controls();
-    fleetwright::EffectFields fields;
-    for (std::size_t k = 0; k < fleetwright::EFFECT_COUNT; ++k) {
+    const EditingControls &c = m_c;
+    EffectFields fields;
+    for (std::size_t k = 0; k < EFFECT_COUNT; ++k) {
         fields.txt_effects[k] = toU16String(c.txt_effects[k]->text());
         fields.chk_Effect[k] = c.chk_Effect[k]->isChecked();
     }
     return fields;
 }
 
-void FieldsController::showEffectFields(const fleetwright::EffectFields &fields)
+void EditingController::showEffectFields(const EffectFields &fields)
 {
-    const MainFormControls &c = m_form.controls();
-    for (std::size_t k = 0; k < fleetwright::EFFECT_COUNT; ++k) {
+    const EditingControls &c = m_c;
+    for (std::size_t k = 0; k < EFFECT_COUNT; ++k) {
         c.txt_effects[k]->setText(toQString(fields.txt_effects[k]));
         c.chk_Effect[k]->setChecked(fields.chk_Effect[k]);
     }
 }
 
-void FieldsController::txt_effects_GotFocus(int index)
+void EditingController::txt_effects_GotFocus(int index)
 {
-    m_form.EffectIndex = index;
-    const MainFormControls &c = m_form.controls();
+    m_services.aircraft.EffectIndex = index;
+    const EditingControls &c = m_c;
     for (std::size_t k = 0; k < c.txt_effects.size(); ++k)
         setBackColour(c.txt_effects[k], static_cast<int>(k) == index ? CURRENT_EFFECT : WHITE);
 }
 
-void FieldsController::txt_effects_MouseDown(int index, const QPoint &position)
+void EditingController::txt_effects_MouseDown(int index, const QPoint &position)
 {
-    m_form.EffectIndex = index;
-    const MainFormControls &c = m_form.controls();
+    m_services.aircraft.EffectIndex = index;
+    const EditingControls &c = m_c;
     QLineEdit *box = c.txt_effects[static_cast<std::size_t>(index)];
     c.frm_RightClick.mnuThisEffects->popup(box->mapToGlobal(position));
 }
 
-void FieldsController::EffectDefault()
+void EditingController::EffectDefault()
 {
-    fleetwright::EffectFields fields = effectFields();
-    fleetwright::EffectDefault(fields, m_form.EffectIndex);
+    EffectFields fields = effectFields();
+    fleetwright::EffectDefault(fields, m_services.aircraft.EffectIndex);
     showEffectFields(fields);
 }
 
-void FieldsController::EffectDisable()
+void EditingController::EffectDisable()
 {
-    fleetwright::EffectFields fields = effectFields();
+    EffectFields fields = effectFields();
     try {
-        fleetwright::EffectDisable(fields, m_form.EffectIndex);
+        fleetwright::EffectDisable(fields, m_services.aircraft.EffectIndex);
     } catch (const RuntimeError &error) {
         showFault(error, u"EffectDisable");
         return;
@@ -169,49 +158,49 @@ void FieldsController::EffectDisable()
     showEffectFields(fields);
 }
 
-void FieldsController::EffectSelect()
+void EditingController::EffectSelect()
 {
-    const std::optional<std::u16string> name =
-        fleetwright::EffectSelect(m_form.EffectIndex, m_form.AircraftIni().path(), m_form.dialogs());
+    const std::optional<std::u16string> name = fleetwright::EffectSelect(
+        m_services.aircraft.EffectIndex, m_services.aircraft.AircraftIni.path(), m_services.dialogs);
     if (!name)
         return;
-    m_form.controls().txt_effects[static_cast<std::size_t>(m_form.EffectIndex)]->setText(toQString(*name));
+    m_c.txt_effects[static_cast<std::size_t>(m_services.aircraft.EffectIndex)]->setText(toQString(*name));
 }
 
-void FieldsController::cmd_Effect_Update_Click()
+void EditingController::cmd_Effect_Update_Click()
 {
-    const MainFormControls &c = m_form.controls();
+    const EditingControls &c = m_c;
     QTreeWidget *grid = c.ListView1;
-    fleetwright::EffectUpdateInput input;
+    EffectUpdateInput input;
     if (QTreeWidgetItem *selected = grid->currentItem())
         input.selectedPosition = grid->indexOfTopLevelItem(selected) + 1;
     input.description = toU16String(c.txt_Description->toPlainText());
-    input.DescriptionOnLoad = m_form.DescriptionOnLoad;
+    input.DescriptionOnLoad = m_services.aircraft.DescriptionOnLoad;
     input.fields = effectFields();
     try {
-        if (!fleetwright::cmd_Effect_Update(m_form.AircraftIni(), input, m_form.ConfirmUpdates, m_form.AutoBackupOn,
-                                            m_form.dialogs()))
+        if (!fleetwright::cmd_Effect_Update(m_services.aircraft.AircraftIni, input, m_services.state.ConfirmUpdates,
+                                            m_services.state.AutoBackupOn, m_services.dialogs))
             return;
     } catch (const RuntimeError &error) {
         showFault(error, u"cmd_Effect_Update_Click");
         return;
     }
     // The second load is as the program always did it: it changes nothing that the first did not.
-    m_form.Dir1_Change();
-    m_form.Dir1_Change();
+    m_services.Dir1_Change();
+    m_services.Dir1_Change();
     if (QTreeWidgetItem *row = grid->topLevelItem(*input.selectedPosition - 1)) {
         grid->setCurrentItem(row);
         grid->scrollToItem(row);
     }
-    m_form.ListView1_DblClick();
+    m_services.ListView1_DblClick();
     QCoreApplication::processEvents();
 }
 
 // ---- Geometry and exits ----
 
-void FieldsController::connectWingSpanChain()
+void EditingController::connectWingSpanChain()
 {
-    const MainFormControls &c = m_form.controls();
+    const EditingControls &c = m_c;
     using Step = std::u16string (*)(const std::u16string &, char16_t);
     const auto chain = [this](QLineEdit *source, QLineEdit *target, Step step, const char16_t *procedure,
                               bool needsRows) {
@@ -220,33 +209,33 @@ void FieldsController::connectWingSpanChain()
                 target->clear();
                 return;
             }
-            if (needsRows && m_form.controls().ListView1->topLevelItemCount() == 0)
+            if (needsRows && m_c.ListView1->topLevelItemCount() == 0)
                 return;
             try {
-                target->setText(toQString(step(toU16String(text), m_form.DecimalSeparator)));
+                target->setText(toQString(step(toU16String(text), m_services.state.DecimalSeparator)));
             } catch (const RuntimeError &error) {
                 showFault(error, procedure);
             }
         });
     };
-    chain(c.txt_WingSpan_Org, c.txt_WingSpan_Org_C1, fleetwright::WingSpanMetres, u"txt_WingSpan_Org_Change", false);
-    chain(c.txt_WingSpan_New, c.txt_WingSpan_New_C1, fleetwright::WingSpanMetres, u"txt_WingSpan_New_Change", true);
-    chain(c.txt_WingSpan_Org_C1, c.txt_WingSpan_Org_C2, fleetwright::HalfSpan, u"txt_WingSpan_Org_C1_Change", false);
-    chain(c.txt_WingSpan_New_C1, c.txt_WingSpan_New_C2, fleetwright::HalfSpan, u"txt_WingSpan_New_C1_Change", false);
-    chain(c.txt_WingSpan_Org_C2, c.txt_FSX_Spot_Org, fleetwright::SpotSize, u"txt_WingSpan_Org_C2_Change", false);
-    chain(c.txt_WingSpan_New_C2, c.txt_FSX_Spot_New, fleetwright::SpotSize, u"txt_WingSpan_New_C2_Change", false);
+    chain(c.txt_WingSpan_Org, c.txt_WingSpan_Org_C1, WingSpanMetres, u"txt_WingSpan_Org_Change", false);
+    chain(c.txt_WingSpan_New, c.txt_WingSpan_New_C1, WingSpanMetres, u"txt_WingSpan_New_Change", true);
+    chain(c.txt_WingSpan_Org_C1, c.txt_WingSpan_Org_C2, HalfSpan, u"txt_WingSpan_Org_C1_Change", false);
+    chain(c.txt_WingSpan_New_C1, c.txt_WingSpan_New_C2, HalfSpan, u"txt_WingSpan_New_C1_Change", false);
+    chain(c.txt_WingSpan_Org_C2, c.txt_FSX_Spot_Org, SpotSize, u"txt_WingSpan_Org_C2_Change", false);
+    chain(c.txt_WingSpan_New_C2, c.txt_FSX_Spot_New, SpotSize, u"txt_WingSpan_New_C2_Change", false);
 }
 
-void FieldsController::connectExitRows()
+void EditingController::connectExitRows()
 {
-    const MainFormControls &c = m_form.controls();
+    const EditingControls &c = m_c;
     const auto connectRow = [this](const std::array<QLineEdit *, 5> &row, QCheckBox *check) {
         for (QLineEdit *field : row) {
             connect(field, &QLineEdit::textChanged, this, [row, check] {
                 std::array<std::u16string, 5> values;
                 for (std::size_t k = 0; k < row.size(); ++k)
                     values[k] = toU16String(row[k]->text());
-                check->setChecked(fleetwright::exitRowComplete(values));
+                check->setChecked(exitRowComplete(values));
             });
         }
     };
@@ -255,14 +244,14 @@ void FieldsController::connectExitRows()
     connectRow(c.txt_Exit_2, c.chk_Exit_2);
 }
 
-bool FieldsController::numberKeyPress(QLineEdit *box, QKeyEvent *event, bool signedField)
+bool EditingController::numberKeyPress(QLineEdit *box, QKeyEvent *event, bool signedField)
 {
     const std::optional<int> key = typedKey(event);
     if (!key)
         return false;
     const std::u16string text = toU16String(box->text());
-    const int kept = signedField ? fleetwright::SignedKeyFilter(text, *key, m_form.DecimalSeparator)
-                                 : fleetwright::DecimalKeyFilter(text, *key, m_form.DecimalSeparator);
+    const int kept = signedField ? SignedKeyFilter(text, *key, m_services.state.DecimalSeparator)
+                                 : DecimalKeyFilter(text, *key, m_services.state.DecimalSeparator);
     if (kept == *key)
         return false;
     if (kept != 0)
@@ -272,9 +261,9 @@ bool FieldsController::numberKeyPress(QLineEdit *box, QKeyEvent *event, bool sig
 
 // ---- Focus rules ----
 
-bool FieldsController::focusReturns(QObject *watched) const
+bool EditingController::focusReturns(QObject *watched) const
 {
-    const MainFormControls &c = m_form.controls();
+    const EditingControls &c = m_c;
     for (QObject *check : {c.chk_Exit_0, c.chk_Exit_1, c.chk_Exit_2}) {
         if (watched == check)
             return true;
@@ -282,7 +271,7 @@ bool FieldsController::focusReturns(QObject *watched) const
     const bool gridEmpty = c.ListView1->topLevelItemCount() == 0;
     if (watched == c.txt_general_atc_model || watched == c.txt_general_atc_type)
         return gridEmpty;
-    for (QLineEdit *field : exitFields(c)) {
+    for (QLineEdit *field : exitFields()) {
         if (watched == field)
             return gridEmpty;
     }
@@ -299,17 +288,16 @@ bool FieldsController::focusReturns(QObject *watched) const
 
 // ---- Parking types and codes ----
 
-void FieldsController::cmdDropDown_Click()
+void EditingController::cmdDropDown_Click()
 {
-    const MainFormControls &c = m_form.controls();
+    const EditingControls &c = m_c;
     QListWidget *list = c.lstParking;
     if (list->isVisible() || ParkingListJustClosed) {
         list->hide();
         ParkingListJustClosed = false;
         return;
     }
-    const fleetwright::ParkingTypeSelection selection =
-        fleetwright::parkingTypesFromCaption(toU16String(c.lblSelections->text()));
+    const ParkingTypeSelection selection = parkingTypesFromCaption(toU16String(c.lblSelections->text()));
     m_fillingParkingList = true;
     for (std::size_t i = 0; i < selection.size(); ++i) {
         if (selection[i] && static_cast<int>(i) < list->count())
@@ -321,32 +309,31 @@ void FieldsController::cmdDropDown_Click()
     list->setFocus();
 }
 
-void FieldsController::lstParking_Click()
+void EditingController::lstParking_Click()
 {
-    const MainFormControls &c = m_form.controls();
-    fleetwright::ParkingTypeSelection selection {};
+    const EditingControls &c = m_c;
+    ParkingTypeSelection selection {};
     for (int i = 0; i < c.lstParking->count() && i < static_cast<int>(selection.size()); ++i)
         selection[static_cast<std::size_t>(i)] = c.lstParking->item(i)->isSelected();
-    const QString caption = toQString(fleetwright::parkingTypesCaption(selection));
+    const QString caption = toQString(parkingTypesCaption(selection));
     c.lblSelections->setText(caption);
     c.lblSelections->setToolTip(caption);
 }
 
-bool FieldsController::parkingCodesKeyPress(QKeyEvent *event)
+bool EditingController::parkingCodesKeyPress(QKeyEvent *event)
 {
     const std::optional<int> key = typedKey(event);
     if (!key)
         return false;
-    const fleetwright::ParkingCodeKey result =
-        fleetwright::parkingCodeKeyPress(toU16String(m_form.controls().txt_atc_ParkingCodes->text()), *key);
+    const ParkingCodeKey result = parkingCodeKeyPress(toU16String(m_c.txt_atc_ParkingCodes->text()), *key);
     if (!result.message.empty())
-        m_form.dialogs().information(result.message, u"");
+        m_services.dialogs.information(result.message, u"");
     return result.key == 0;
 }
 
-bool FieldsController::eventFilter(QObject *watched, QEvent *event)
+bool EditingController::eventFilter(QObject *watched, QEvent *event)
 {
-    const MainFormControls &c = m_form.controls();
+    const EditingControls &c = m_c;
     switch (event->type()) {
     case QEvent::FocusIn:
         for (std::size_t k = 0; k < c.txt_effects.size(); ++k) {
@@ -371,7 +358,7 @@ bool FieldsController::eventFilter(QObject *watched, QEvent *event)
             return parkingCodesKeyPress(keyEvent);
         if (watched == c.txt_FS9Radius || watched == c.txt_WingSpan_New)
             return numberKeyPress(static_cast<QLineEdit *>(watched), keyEvent, false);
-        for (QLineEdit *field : exitFields(c)) {
+        for (QLineEdit *field : exitFields()) {
             if (watched == field)
                 return numberKeyPress(field, keyEvent, true);
         }
@@ -381,3 +368,5 @@ bool FieldsController::eventFilter(QObject *watched, QEvent *event)
         return false;
     }
 }
+
+} // namespace fleetwright

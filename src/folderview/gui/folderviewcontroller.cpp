@@ -1,5 +1,7 @@
 // The folder browser and the grid's selection on the main form: how the user reaches a folder, and how the
 // editor follows the row being looked at.
+#include "folderview/gui/folderviewcontroller.h"
+
 #include <QAction>
 #include <QCheckBox>
 #include <QComboBox>
@@ -16,16 +18,16 @@
 #include <QToolButton>
 #include <QTreeWidget>
 
-#include "app/frm_main.h"
-#include "core/arraysearch.h"
+#include "core/dialogs.h"
 #include "core/errorbox.h"
+#include "core/gui/backcolour.h"
 #include "core/gui/textconvert.h"
 #include "core/runtimeerror.h"
-#include "editing/sectionrenumber.h"
-#include "editing/sortkeys.h"
+#include "environment/programstate.h"
 #include "folderview/gui/folderwidgets.h"
+#include "folderview/openaircraft.h"
 
-using fleetwright::RuntimeError;
+namespace fleetwright {
 
 namespace {
 
@@ -50,10 +52,16 @@ void unsetOption(QRadioButton *option)
 
 } // namespace
 
-void frm_Main::connectFolderView()
+FolderViewController::FolderViewController(const FolderViewControls &controls, const FolderViewServices &services,
+                                           QObject *parent)
+    : QObject(parent)
+    , m_c(controls)
+    , m_services(services)
 {
-    connect(m_c.Drive1, &DriveListBox::Change, this, &frm_Main::Drive1_Change);
-    connect(m_c.cmd_DirUp, &QPushButton::clicked, this, &frm_Main::cmd_DirUp_Click);
+    setObjectName(QStringLiteral("FolderViewController"));
+    connect(m_c.Dir1, &DirListBox::Change, this, &FolderViewController::Dir1_Change);
+    connect(m_c.Drive1, &DriveListBox::Change, this, &FolderViewController::Drive1_Change);
+    connect(m_c.cmd_DirUp, &QPushButton::clicked, this, &FolderViewController::cmd_DirUp_Click);
     // Selecting a button fires its click, also from code, as long as LoadGuard lets it; a click on the button
     // that is already selected changes nothing and fires nothing.
     connect(m_c.opt_FS9, &QRadioButton::toggled, this, [this](bool on) {
@@ -64,69 +72,25 @@ void frm_Main::connectFolderView()
         if (on)
             opt_FSX_Click();
     });
-    connect(m_c.combo_SimFolder, &QComboBox::activated, this, &frm_Main::combo_SimFolder_Click);
-    connect(m_c.ListView1, &QTreeWidget::itemClicked, this, &frm_Main::ListView1_Click);
-    connect(m_c.ListView1, &QTreeWidget::itemDoubleClicked, this, &frm_Main::ListView1_DblClick);
-    connect(m_c.lst_Airfile, &QListWidget::itemClicked, this, &frm_Main::lst_Airfile_Click);
+    connect(m_c.combo_SimFolder, &QComboBox::activated, this, &FolderViewController::combo_SimFolder_Click);
+    connect(m_c.ListView1, &QTreeWidget::itemClicked, this, &FolderViewController::ListView1_Click);
+    connect(m_c.ListView1, &QTreeWidget::itemDoubleClicked, this, &FolderViewController::ListView1_DblClick);
+    connect(m_c.lst_Airfile, &QListWidget::itemClicked, this, &FolderViewController::lst_Airfile_Click);
     connect(m_c.opt_ac_Normal, &QRadioButton::clicked, this, [this] { airTypeOption_Click(0); });
     connect(m_c.opt_ac_Helicopter, &QRadioButton::clicked, this, [this] { airTypeOption_Click(1); });
     connect(m_c.opt_ac_AI, &QRadioButton::clicked, this, [this] { airTypeOption_Click(2); });
     m_c.ListView1->setContextMenuPolicy(Qt::CustomContextMenu);
-    connect(m_c.ListView1, &QTreeWidget::customContextMenuRequested, this, &frm_Main::ListView1_MouseDown);
-    for (QAction *item : {m_c.mnuRenumber, m_c.frm_RightClick.mnuRenumber})
-        connect(item, &QAction::triggered, this, [this] {
-            runEditing(u"FlightSimSectionRenumber", [this] {
-                return fleetwright::FlightSimSectionRenumber(m_aircraftIni.path(), ConfirmUpdates, AutoBackupOn,
-                                                             *m_dialogs);
-            });
-        });
-    for (QAction *item : {m_c.mnuSortKeys, m_c.frm_RightClick.mnuSortKeys})
-        connect(item, &QAction::triggered, this, [this] {
-            // The key order shows nowhere on the form: no reload.
-            runEditing(u"DoSortKeys", [this] {
-                fleetwright::DoSortKeys(m_aircraftIni, AutoBackupOn, *m_dialogs);
-                return false;
-            });
-        });
-    connect(m_c.frm_RightClick.mnuDelete, &QAction::triggered, this, [this] {
-        runEditing(u"FlightSimSectionDelete", [this] {
-            QTreeWidget *grid = m_c.ListView1;
-            fleetwright::GridRows rows;
-            if (QTreeWidgetItem *selected = grid->currentItem())
-                rows.selectedRow = static_cast<std::size_t>(grid->indexOfTopLevelItem(selected));
-            for (int row = 0; row < grid->topLevelItemCount(); ++row) {
-                const QTreeWidgetItem *item = grid->topLevelItem(row);
-                rows.texts.push_back(toU16String(item->text(0)));
-                rows.titles.push_back(toU16String(item->text(1)));
-                rows.checked.push_back(item->checkState(0) == Qt::Checked);
-            }
-            return fleetwright::FlightSimSectionDelete(m_aircraftIni, rows, ConfirmUpdates, AutoBackupOn, *m_dialogs);
-        });
-    });
-    for (QComboBox *combo : {m_c.combo_Texture, m_c.combo_Model, m_c.combo_Airfile}) {
-        connect(combo, &QComboBox::currentTextChanged, this, &frm_Main::associationCombo_Change);
-        connect(combo, &QComboBox::activated, this, &frm_Main::associationCombo_Change);
-    }
+    connect(m_c.ListView1, &QTreeWidget::customContextMenuRequested, this, &FolderViewController::ListView1_MouseDown);
 }
 
-// An editing operation that changed the file reloads the folder; a fault ends it where it stood, with a
-// box that names the error and the routine, and the program lives on.
-void frm_Main::runEditing(const char16_t *procedure, const std::function<bool()> &operation)
+void FolderViewController::paint(int panel, const QString &text, PanelColour colour) const
 {
-    try {
-        if (operation())
-            Dir1_Change();
-    } catch (const RuntimeError &error) {
-        RuntimeError named = error;
-        if (named.procedure().empty())
-            named.setProcedure(procedure);
-        m_dialogs->critical(fleetwright::commonErrorText(named), u"");
-    }
+    m_services.paintStatusPanel(panel, text, colour);
 }
 
 // The browser moves in two steps, drive first and then folder, wherever code moves it; the drive step alone
 // may load the drive's current folder.
-void frm_Main::moveBrowser(const std::u16string &folder)
+void FolderViewController::moveBrowser(const std::u16string &folder)
 {
 #ifdef Q_OS_WIN
     m_c.Drive1->setDrive(toQString(folder.substr(0, 2)));
@@ -137,14 +101,14 @@ void frm_Main::moveBrowser(const std::u16string &folder)
 }
 
 // The load runs first and the reset after it, so a drive change leaves the grid empty: kept as it is.
-void frm_Main::Drive1_Change()
+void FolderViewController::Drive1_Change()
 {
     m_c.Dir1->setPath(m_c.Drive1->rootPath());
     ResetValues();
     m_c.mnuCFG->setEnabled(m_c.ListView1->topLevelItemCount() > 0);
 }
 
-void frm_Main::cmd_DirUp_Click()
+void FolderViewController::cmd_DirUp_Click()
 {
     const QString path = QDir::toNativeSeparators(m_c.Dir1->path());
     const QChar separator = QDir::separator();
@@ -164,12 +128,12 @@ void frm_Main::cmd_DirUp_Click()
     }
 }
 
-void frm_Main::quickNavigate(const std::u16string &root, const char16_t *missingText)
+void FolderViewController::quickNavigate(const std::u16string &root, const char16_t *missingText)
 {
     if (LoadGuard)
         return;
     if (root.empty() || !QFileInfo(toQString(root)).isDir()) {
-        m_dialogs->critical(missingText, u"");
+        m_services.dialogs.critical(missingText, u"");
         return;
     }
     moveBrowser(root);
@@ -177,32 +141,32 @@ void frm_Main::quickNavigate(const std::u16string &root, const char16_t *missing
         m_c.combo_SimFolder->setCurrentIndex(-1);
 }
 
-void frm_Main::opt_FS9_Click()
+void FolderViewController::opt_FS9_Click()
 {
-    quickNavigate(Fs9AircraftRoot,
+    quickNavigate(m_services.state.Fs9AircraftRoot,
                   u"The FS9 path information in your registry is incorrect. The aircraft folder could not be found.");
 }
 
-void frm_Main::opt_FSX_Click()
+void FolderViewController::opt_FSX_Click()
 {
-    quickNavigate(FsxSimObjectsRoot,
+    quickNavigate(m_services.state.FsxSimObjectsRoot,
                   u"The FSX path information in your registry is incorrect. The SimObject folder could not be found.");
 }
 
-void frm_Main::combo_SimFolder_Click(int index)
+void FolderViewController::combo_SimFolder_Click(int index)
 {
-    if (index < 0 || static_cast<std::size_t>(index) >= SimFolderPaths.size())
+    if (index < 0 || static_cast<std::size_t>(index) >= m_services.state.SimFolderPaths.size())
         return;
-    const std::u16string &folder = SimFolderPaths[static_cast<std::size_t>(index)];
+    const std::u16string &folder = m_services.state.SimFolderPaths[static_cast<std::size_t>(index)];
     if (!QFileInfo(toQString(folder)).isDir()) {
         // 76: the run time's "Path not found", as changing into a folder that is gone reports it.
-        m_dialogs->critical(u"Change directory was not successful. Error: 76\r\nPath not found", u"");
+        m_services.dialogs.critical(u"Change directory was not successful. Error: 76\r\nPath not found", u"");
         return;
     }
     moveBrowser(folder);
 }
 
-void frm_Main::ResetValues()
+void FolderViewController::ResetValues()
 {
     if (LoadGuard)
         return;
@@ -239,8 +203,8 @@ void frm_Main::ResetValues()
     for (QCheckBox *check : {m_c.chk_Exit_0, m_c.chk_Exit_1, m_c.chk_Exit_2, m_c.chk_atc_heavy})
         check->setChecked(false);
     m_c.chk_atc_heavy->setEnabled(false);
-    ModelFilePath.clear();
-    EffectIndex = -1;
+    m_services.aircraft.ModelFilePath.clear();
+    m_services.aircraft.EffectIndex = -1;
     for (QRadioButton *option : {m_c.opt_ac_Normal, m_c.opt_ac_Helicopter, m_c.opt_ac_AI, m_c.opt_ac_Nok}) {
         unsetOption(option);
         option->setEnabled(false);
@@ -253,7 +217,7 @@ void frm_Main::ResetValues()
     m_c.lstParking->clearSelection();
 }
 
-void frm_Main::ListView1_Click()
+void FolderViewController::ListView1_Click()
 {
     QTreeWidget *grid = m_c.ListView1;
     if (grid->topLevelItemCount() == 0)
@@ -292,19 +256,14 @@ void frm_Main::ListView1_Click()
     } catch (const RuntimeError &error) {
         RuntimeError named = error;
         named.setProcedure(u"ListView1_Click");
-        fleetwright::showCommonError(*m_dialogs, named);
+        showCommonError(m_services.dialogs, named);
     }
 }
 
-void frm_Main::ListView1_MouseDown(const QPoint &position)
+void FolderViewController::ListView1_MouseDown(const QPoint &position)
 {
     if (m_c.ListView1->topLevelItemCount() > 0)
         m_c.frm_RightClick.mnuListView1->popup(m_c.ListView1->viewport()->mapToGlobal(position));
 }
 
-void frm_Main::associationCombo_Change()
-{
-    m_c.cmd_Associate->setEnabled(!m_c.combo_Texture->currentText().isEmpty()
-                                  || !m_c.combo_Model->currentText().isEmpty()
-                                  || !m_c.combo_Airfile->currentText().isEmpty());
-}
+} // namespace fleetwright
