@@ -192,7 +192,8 @@ struct MainFormControls
     RightClickMenus frm_RightClick;
 };
 
-// Builds the whole window into `form`: menu bar, folder browser, grid, editor tabs, status bar, and the hidden
-// context menus. Captions and tooltips are set; nothing is connected but layout. The form gets a fixed size
-// that fits its content at the current font; it is not resizable (the caller may lift that).
+// Builds the whole window into `form` from frm_main.ui: menu bar, folder browser, grid, editor tabs, status bar,
+// and the hidden context menus of frm_rightclick.ui. Captions and tooltips are set; nothing is connected but
+// layout. The form gets a fixed size that fits its content at the current font; it is not resizable (the caller
+// may lift that).
 MainFormControls buildMainForm(QMainWindow *form);
