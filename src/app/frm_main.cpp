@@ -18,6 +18,7 @@
 #include <QTabWidget>
 #include <QTreeWidget>
 
+#include "app/mainformsetup.h"
 #include "core/errorbox.h"
 #include "core/gui/qtdialogs.h"
 #include "core/gui/statusbarpanels.h"
@@ -66,7 +67,12 @@ frm_Main::frm_Main(fleetwright::Dialogs *dialogs, QWidget *parent)
     m_dialogs = dialogs;
     setObjectName(QStringLiteral("frm_Main"));
     setWindowTitle(QStringLiteral("Fleetwright"));
-    m_c = buildMainForm(this);
+    m_ui.setupUi(this);
+    finishMainForm(m_ui);
+    auto *rightClickForm = new QWidget(this);
+    m_rightClick.setupUi(rightClickForm);
+    rightClickForm->hide();
+    fixMainFormSize(this, m_ui);
     connectMenus();
     // The units that work on the form connect before the load, so the first folder load runs with them.
     createControllers();
@@ -88,23 +94,22 @@ frm_Main::~frm_Main()
 void frm_Main::connectMenus()
 {
     auto &global = state();
-    connectToggle(m_c.mnuToolTips, &global.ToolTipsOn, u"ToolTips");
-    connectToggle(m_c.mnuRememberLastPath, &global.RememberFolderOn, u"IsZandor");
-    connectToggle(m_c.mnuAutoBackup, &global.AutoBackupOn, u"AutoBackup");
-    connectToggle(m_c.mnuConfirm, &global.ConfirmUpdates, u"Update");
-    connectToggle(m_c.mnu_AutoUpdate, &global.AutoUpdateOn, u"AutoUpdate");
-    connectToggle(m_c.mnuEditor, &global.InternalEditorOn, u"Editor");
-    connectToggle(m_c.mnuResizable, &global.ResizableOn, u"Resizeable");
-    connect(m_c.mnuResizable, &QAction::triggered, this, &frm_Main::mnuResizable_Click);
-    connect(m_c.mnuCFG, &QAction::triggered, this, &frm_Main::mnuCFG_Click);
-    connect(m_c.mnuQuit, &QAction::triggered, this, &frm_Main::mnuQuit_Click);
-    connect(m_c.mnu_Manual, &QAction::triggered, this, &frm_Main::mnu_Manual_Click);
-    connect(m_c.Corvane, &QAction::triggered, this, &frm_Main::Corvane_Click);
-    connect(m_c.StatusBar1, &StatusBarPanels::panelDoubleClicked, this, &frm_Main::StatusBar1_PanelDblClick);
-    connect(m_c.mnuDataGrid, &QAction::triggered, this,
-            [this] { (new fleetwright::frm_ListViewOptions(m_c.ListView1, *m_settings, state(), this))->show(); });
-    connect(m_c.frm_RightClick.mnuResize, &QAction::triggered, this,
-            [this] { fleetwright::ResizeGrid(m_c.ListView1); });
+    connectToggle(m_ui.mnuToolTips, &global.ToolTipsOn, u"ToolTips");
+    connectToggle(m_ui.mnuRememberLastPath, &global.RememberFolderOn, u"IsZandor");
+    connectToggle(m_ui.mnuAutoBackup, &global.AutoBackupOn, u"AutoBackup");
+    connectToggle(m_ui.mnuConfirm, &global.ConfirmUpdates, u"Update");
+    connectToggle(m_ui.mnu_AutoUpdate, &global.AutoUpdateOn, u"AutoUpdate");
+    connectToggle(m_ui.mnuEditor, &global.InternalEditorOn, u"Editor");
+    connectToggle(m_ui.mnuResizable, &global.ResizableOn, u"Resizeable");
+    connect(m_ui.mnuResizable, &QAction::triggered, this, &frm_Main::mnuResizable_Click);
+    connect(m_ui.mnuCFG, &QAction::triggered, this, &frm_Main::mnuCFG_Click);
+    connect(m_ui.mnuQuit, &QAction::triggered, this, &frm_Main::mnuQuit_Click);
+    connect(m_ui.mnu_Manual, &QAction::triggered, this, &frm_Main::mnu_Manual_Click);
+    connect(m_ui.Corvane, &QAction::triggered, this, &frm_Main::Corvane_Click);
+    connect(m_ui.StatusBar1, &StatusBarPanels::panelDoubleClicked, this, &frm_Main::StatusBar1_PanelDblClick);
+    connect(m_ui.mnuDataGrid, &QAction::triggered, this,
+            [this] { (new fleetwright::frm_ListViewOptions(m_ui.ListView1, *m_settings, state(), this))->show(); });
+    connect(m_rightClick.mnuResize, &QAction::triggered, this, [this] { fleetwright::ResizeGrid(m_ui.ListView1); });
 }
 
 // One rule for every toggle: the item's check mark flips, the flag follows it, and the setting is saved at
@@ -128,7 +133,7 @@ void frm_Main::Form_Load()
         setWindowIcon(QApplication::windowIcon());
         QFont panelFont(QStringLiteral("Arial"), 10);
         panelFont.setBold(true);
-        m_c.StatusBar1->setFont(panelFont);
+        m_ui.StatusBar1->setFont(panelFont);
 
         const fleetwright::platform::SimulatorRegistry registry;
         global.RegistryPrefix = registry.Is64BitOS() ? u"SOFTWARE\\Wow6432Node\\Microsoft\\" : u"SOFTWARE\\Microsoft\\";
@@ -136,10 +141,10 @@ void frm_Main::Form_Load()
         global.AnalyzeOptionsText = fleetwright::loadAnalyzeOptions(*m_settings);
 
         const fleetwright::StartFlags flags = fleetwright::readStartFlags(*m_settings);
-        m_c.mnuToolTips->setChecked(flags.ToolTipsOn);
-        m_c.mnuRememberLastPath->setChecked(flags.RememberFolderOn);
-        global.RememberFolderOn = m_c.mnuRememberLastPath->isChecked();
-        global.ToolTipsOn = m_c.mnuToolTips->isChecked();
+        m_ui.mnuToolTips->setChecked(flags.ToolTipsOn);
+        m_ui.mnuRememberLastPath->setChecked(flags.RememberFolderOn);
+        global.RememberFolderOn = m_ui.mnuRememberLastPath->isChecked();
+        global.ToolTipsOn = m_ui.mnuToolTips->isChecked();
 
         global.AnalyzeOptionList = fleetwright::splitList(global.AnalyzeOptionsText);
         global.EditorMode = 0;
@@ -171,16 +176,16 @@ void frm_Main::Form_Load()
     skipped([this] { setUpGrid(); });
     skipped([this] { state().DecimalSeparator = fleetwright::platform::DecimalSeparatorChar(); });
     skipped([this] {
-        m_c.lstParking->hide();
-        m_c.lstParking->clear();
+        m_ui.lstParking->hide();
+        m_ui.lstParking->clear();
         for (const char *type : {"CARGO", "DOCK", "GATE", "MIL_CARGO", "MIL_COMBAT", "RAMP"})
-            m_c.lstParking->addItem(QString::fromLatin1(type));
+            m_ui.lstParking->addItem(QString::fromLatin1(type));
     });
     applyStartSettings();
     skipped([this] { hideColumnsFromDataGrid(); });
     skipped([this] { moveToStartingFolder(); });
     m_folderView->setEventsEnabled(true);
-    m_c.SSTab1->setCurrentIndex(0);
+    m_ui.SSTab1->setCurrentIndex(0);
     skipped([this] { attachManual(); });
 }
 
@@ -195,10 +200,10 @@ void frm_Main::applyStartSettings()
         *flag = item->isChecked();
     };
     auto &global = state();
-    apply(m_c.mnuAutoBackup, &global.AutoBackupOn, options.AutoBackupOn);
-    apply(m_c.mnuConfirm, &global.ConfirmUpdates, options.ConfirmUpdates);
-    apply(m_c.mnuEditor, &global.InternalEditorOn, options.InternalEditorOn);
-    apply(m_c.mnuResizable, &global.ResizableOn, options.ResizableOn);
+    apply(m_ui.mnuAutoBackup, &global.AutoBackupOn, options.AutoBackupOn);
+    apply(m_ui.mnuConfirm, &global.ConfirmUpdates, options.ConfirmUpdates);
+    apply(m_ui.mnuEditor, &global.InternalEditorOn, options.InternalEditorOn);
+    apply(m_ui.mnuResizable, &global.ResizableOn, options.ResizableOn);
     if (global.ResizableOn)
         toggleResizableStyle();
 }
@@ -223,28 +228,28 @@ void frm_Main::detectSimulators(const fleetwright::platform::SimulatorRegistry &
 
     for (const auto &paint : found.panelPaints) {
         if (paint.clearTextFirst)
-            m_c.StatusBar1->setPanelText(paint.panel, QString());
+            m_ui.StatusBar1->setPanelText(paint.panel, QString());
         PaintStatusPanel(paint.panel, toQString(paint.text), paint.colour);
     }
     // The option buttons' clicks do nothing while LoadGuard is on.
     if (found.fsxOptionEnabled)
-        m_c.opt_FSX->setEnabled(true);
+        m_ui.opt_FSX->setEnabled(true);
     if (found.fsxOptionSelected)
-        m_c.opt_FSX->setChecked(true);
-    m_c.combo_SimFolder->clear();
+        m_ui.opt_FSX->setChecked(true);
+    m_ui.combo_SimFolder->clear();
     for (const auto &entry : found.simFolderEntries)
-        m_c.combo_SimFolder->addItem(toQString(entry));
+        m_ui.combo_SimFolder->addItem(toQString(entry));
     if (found.simFolderEnabled)
-        m_c.combo_SimFolder->setEnabled(*found.simFolderEnabled);
+        m_ui.combo_SimFolder->setEnabled(*found.simFolderEnabled);
     if (found.fs9OptionEnabled)
-        m_c.opt_FS9->setEnabled(true);
+        m_ui.opt_FS9->setEnabled(true);
     if (found.fs9OptionSelected)
-        m_c.opt_FS9->setChecked(true);
+        m_ui.opt_FS9->setChecked(true);
 }
 
 void frm_Main::setUpGrid()
 {
-    QTreeWidget *grid = m_c.ListView1;
+    QTreeWidget *grid = m_ui.ListView1;
     grid->setRootIsDecorated(false);
     grid->setSortingEnabled(false);
     const int width = std::max(grid->viewport()->width(), grid->width()) / 8;
@@ -257,7 +262,7 @@ void frm_Main::hideColumnsFromDataGrid()
     state().DataGridOptions = fleetwright::readSetting(*m_settings, u"DataGrid");
     // Columns past the grid's last are not there; their errors are skipped.
     for (const int column : fleetwright::hiddenGridColumns(state().DataGridOptions).columns)
-        m_c.ListView1->setColumnWidth(column - 1, 0);
+        m_ui.ListView1->setColumnWidth(column - 1, 0);
 }
 
 void frm_Main::moveToStartingFolder()
@@ -270,19 +275,19 @@ void frm_Main::moveToStartingFolder()
     m_folderView->setLoadGuard(start.loadGuardWhileDriveChanges);
     // Off Windows a folder has no drive letter: the drive is the volume the folder is on.
 #ifdef Q_OS_WIN
-    m_c.Drive1->setDrive(toQString(start.drive));
+    m_ui.Drive1->setDrive(toQString(start.drive));
 #else
-    m_c.Drive1->setDrive(toQString(start.folder));
+    m_ui.Drive1->setDrive(toQString(start.folder));
 #endif
     m_folderView->setLoadGuard(false);
-    m_c.Dir1->setPath(toQString(start.folder));
+    m_ui.Dir1->setPath(toQString(start.folder));
 }
 
 void frm_Main::attachManual()
 {
     const auto manual = fleetwright::findManual(programFolder());
     if (!manual) {
-        m_c.mnu_Manual->setEnabled(false);
+        m_ui.mnu_Manual->setEnabled(false);
         return;
     }
     auto &global = state();
@@ -291,7 +296,7 @@ void frm_Main::attachManual()
     if (const auto viewer = fleetwright::platform::Shell::findExecutable(global.ManualFilePath))
         global.PdfViewerPath = *viewer;
     else
-        m_c.mnu_Manual->setEnabled(false);
+        m_ui.mnu_Manual->setEnabled(false);
 }
 
 void frm_Main::PaintStatusPanel(int panel, const QString &text, fleetwright::PanelColour colour)
@@ -302,7 +307,7 @@ void frm_Main::PaintStatusPanel(int panel, const QString &text, fleetwright::Pan
         background = StatusBarPanels::green();
     else if (colour == PanelColour::Red)
         background = StatusBarPanels::red();
-    m_c.StatusBar1->paintPanel(panel, text, background);
+    m_ui.StatusBar1->paintPanel(panel, text, background);
 }
 
 // The sizing frame is switched, not set: the style bits are combined by exclusive-or in both directions.
@@ -333,7 +338,7 @@ void frm_Main::mnuResizable_Click()
 
 void frm_Main::mnuCFG_Click()
 {
-    if (m_c.ListView1->topLevelItemCount() == 0) {
+    if (m_ui.ListView1->topLevelItemCount() == 0) {
         m_dialogs->critical(u"No aircraft.cfg file found in this folder. Exiting here...", u"");
         return;
     }
@@ -394,8 +399,8 @@ void frm_Main::Corvane_Click()
 void frm_Main::Form_Activate()
 {
     try {
-        m_c.mnu_AutoUpdate->setChecked(fleetwright::readBoolSetting(*m_settings, u"AutoUpdate"));
-        state().AutoUpdateOn = m_c.mnu_AutoUpdate->isChecked();
+        m_ui.mnu_AutoUpdate->setChecked(fleetwright::readBoolSetting(*m_settings, u"AutoUpdate"));
+        state().AutoUpdateOn = m_ui.mnu_AutoUpdate->isChecked();
         if (auto *update = findChild<UpdateController *>(QString(), Qt::FindDirectChildrenOnly))
             update->automaticCheck();
     } catch (const RuntimeError &error) {

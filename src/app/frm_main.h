@@ -7,9 +7,10 @@
 
 #include <QMainWindow>
 
-#include "app/mainformlayout.h"
 #include "environment/simulatorenvironment.h"
 #include "folderview/openaircraft.h"
+#include "ui_frm_main.h"
+#include "ui_frm_rightclick.h"
 
 namespace fleetwright {
 class Dialogs;
@@ -34,7 +35,9 @@ public:
     explicit frm_Main(fleetwright::Dialogs *dialogs = nullptr, QWidget *parent = nullptr);
     ~frm_Main() override;
 
-    const MainFormControls &controls() const { return m_c; }
+    // The controls, named as the forms name them.
+    const Ui::frm_Main &controls() const { return m_ui; }
+    const Ui::frm_RightClick &rightClickMenus() const { return m_rightClick; }
     fleetwright::Dialogs &dialogs() const { return *m_dialogs; }
     fleetwright::ProgramState &state();
     // The aircraft of the current folder and the open row.
@@ -93,7 +96,8 @@ private:
     std::unique_ptr<fleetwright::Dialogs> m_ownDialogs;
     fleetwright::Dialogs *m_dialogs = nullptr;
     std::unique_ptr<fleetwright::platform::SettingsStore> m_settings;
-    MainFormControls m_c;
+    Ui::frm_Main m_ui;
+    Ui::frm_RightClick m_rightClick; // the hidden owner of the context menus, frm_RightClick
     fleetwright::OpenAircraft m_openAircraft;
     fleetwright::FolderViewController *m_folderView = nullptr;
     fleetwright::EditingController *m_editing = nullptr;

@@ -13,7 +13,7 @@
 
 namespace {
 
-fleetwright::FolderViewControls folderViewControls(const MainFormControls &c)
+fleetwright::FolderViewControls folderViewControls(const Ui::frm_Main &c, const Ui::frm_RightClick &r)
 {
     fleetwright::FolderViewControls f;
     f.Drive1 = c.Drive1;
@@ -30,8 +30,8 @@ fleetwright::FolderViewControls folderViewControls(const MainFormControls &c)
     f.mnuRenumber = c.mnuRenumber;
     f.mnuValidate = c.mnuValidate;
     f.mnuvalidateAll = c.mnuvalidateAll;
-    f.frm_RightClick.mnuListView1 = c.frm_RightClick.mnuListView1;
-    f.frm_RightClick.mnuDelete = c.frm_RightClick.mnuDelete;
+    f.frm_RightClick.mnuListView1 = r.mnuListView1;
+    f.frm_RightClick.mnuDelete = r.mnuDelete;
     f.txt_Title = c.txt_Title;
     f.txt_ui_CreatedBy = c.txt_ui_CreatedBy;
     f.txt_ui_TypeRole = c.txt_ui_TypeRole;
@@ -55,15 +55,18 @@ fleetwright::FolderViewControls folderViewControls(const MainFormControls &c)
     f.txt_general_atc_type = c.txt_general_atc_type;
     f.txt_WingSpan_Org = c.txt_WingSpan_Org;
     f.txt_WingSpan_New = c.txt_WingSpan_New;
-    f.txt_Exit_0 = c.txt_Exit_0;
-    f.txt_Exit_1 = c.txt_Exit_1;
-    f.txt_Exit_2 = c.txt_Exit_2;
+    f.txt_Exit_0 = {c.txt_Exit_0_0, c.txt_Exit_0_1, c.txt_Exit_0_2, c.txt_Exit_0_3, c.txt_Exit_0_4};
+    f.txt_Exit_1 = {c.txt_Exit_1_0, c.txt_Exit_1_1, c.txt_Exit_1_2, c.txt_Exit_1_3, c.txt_Exit_1_4};
+    f.txt_Exit_2 = {c.txt_Exit_2_0, c.txt_Exit_2_1, c.txt_Exit_2_2, c.txt_Exit_2_3, c.txt_Exit_2_4};
     f.chk_Exit_0 = c.chk_Exit_0;
     f.chk_Exit_1 = c.chk_Exit_1;
     f.chk_Exit_2 = c.chk_Exit_2;
     f.txt_Jetways = c.txt_Jetways;
-    f.txt_effects = c.txt_effects;
-    f.chk_Effect = c.chk_Effect;
+    f.txt_effects = {c.txt_effects_0, c.txt_effects_1, c.txt_effects_2, c.txt_effects_3,
+                     c.txt_effects_4, c.txt_effects_5, c.txt_effects_6, c.txt_effects_7,
+                     c.txt_effects_8, c.txt_effects_9, c.txt_effects_10};
+    f.chk_Effect = {c.chk_Effect_0, c.chk_Effect_1, c.chk_Effect_2, c.chk_Effect_3, c.chk_Effect_4, c.chk_Effect_5,
+                    c.chk_Effect_6, c.chk_Effect_7, c.chk_Effect_8, c.chk_Effect_9, c.chk_Effect_10};
     f.txt_Description = c.txt_Description;
     f.txt_CurrentTexture = c.txt_CurrentTexture;
     f.txt_CurrentModel = c.txt_CurrentModel;
@@ -80,19 +83,19 @@ fleetwright::FolderViewControls folderViewControls(const MainFormControls &c)
     return f;
 }
 
-fleetwright::EditingControls editingControls(const MainFormControls &c)
+fleetwright::EditingControls editingControls(const Ui::frm_Main &c, const Ui::frm_RightClick &r)
 {
     fleetwright::EditingControls e;
     e.mnuDelKeys = c.mnuDelKeys;
     e.mnuRenumber = c.mnuRenumber;
     e.mnuSortKeys = c.mnuSortKeys;
-    e.frm_RightClick.mnuDelete = c.frm_RightClick.mnuDelete;
-    e.frm_RightClick.mnuRenumber = c.frm_RightClick.mnuRenumber;
-    e.frm_RightClick.mnuSortKeys = c.frm_RightClick.mnuSortKeys;
-    e.frm_RightClick.mnuThisEffects = c.frm_RightClick.mnuThisEffects;
-    e.frm_RightClick.mnuEffectsDisable = c.frm_RightClick.mnuEffectsDisable;
-    e.frm_RightClick.mnuEffectsDefault = c.frm_RightClick.mnuEffectsDefault;
-    e.frm_RightClick.mnuEffectsSelect = c.frm_RightClick.mnuEffectsSelect;
+    e.frm_RightClick.mnuDelete = r.mnuDelete;
+    e.frm_RightClick.mnuRenumber = r.mnuRenumber;
+    e.frm_RightClick.mnuSortKeys = r.mnuSortKeys;
+    e.frm_RightClick.mnuThisEffects = r.mnuThisEffects;
+    e.frm_RightClick.mnuEffectsDisable = r.mnuEffectsDisable;
+    e.frm_RightClick.mnuEffectsDefault = r.mnuEffectsDefault;
+    e.frm_RightClick.mnuEffectsSelect = r.mnuEffectsSelect;
     e.ListView1 = c.ListView1;
     e.txt_Title = c.txt_Title;
     e.txt_ui_CreatedBy = c.txt_ui_CreatedBy;
@@ -129,14 +132,17 @@ fleetwright::EditingControls editingControls(const MainFormControls &c)
     e.txt_WingSpan_New_C1 = c.txt_WingSpan_New_C1;
     e.txt_WingSpan_New_C2 = c.txt_WingSpan_New_C2;
     e.txt_FSX_Spot_New = c.txt_FSX_Spot_New;
-    e.txt_Exit_0 = c.txt_Exit_0;
-    e.txt_Exit_1 = c.txt_Exit_1;
-    e.txt_Exit_2 = c.txt_Exit_2;
+    e.txt_Exit_0 = {c.txt_Exit_0_0, c.txt_Exit_0_1, c.txt_Exit_0_2, c.txt_Exit_0_3, c.txt_Exit_0_4};
+    e.txt_Exit_1 = {c.txt_Exit_1_0, c.txt_Exit_1_1, c.txt_Exit_1_2, c.txt_Exit_1_3, c.txt_Exit_1_4};
+    e.txt_Exit_2 = {c.txt_Exit_2_0, c.txt_Exit_2_1, c.txt_Exit_2_2, c.txt_Exit_2_3, c.txt_Exit_2_4};
     e.chk_Exit_0 = c.chk_Exit_0;
     e.chk_Exit_1 = c.chk_Exit_1;
     e.chk_Exit_2 = c.chk_Exit_2;
-    e.txt_effects = c.txt_effects;
-    e.chk_Effect = c.chk_Effect;
+    e.txt_effects = {c.txt_effects_0, c.txt_effects_1, c.txt_effects_2, c.txt_effects_3,
+                     c.txt_effects_4, c.txt_effects_5, c.txt_effects_6, c.txt_effects_7,
+                     c.txt_effects_8, c.txt_effects_9, c.txt_effects_10};
+    e.chk_Effect = {c.chk_Effect_0, c.chk_Effect_1, c.chk_Effect_2, c.chk_Effect_3, c.chk_Effect_4, c.chk_Effect_5,
+                    c.chk_Effect_6, c.chk_Effect_7, c.chk_Effect_8, c.chk_Effect_9, c.chk_Effect_10};
     e.txt_Description = c.txt_Description;
     e.cmd_Effect_Update = c.cmd_Effect_Update;
     e.combo_Texture = c.combo_Texture;
@@ -153,13 +159,13 @@ void frm_Main::createControllers()
 {
     using namespace fleetwright;
     m_folderView =
-        new FolderViewController(folderViewControls(m_c),
+        new FolderViewController(folderViewControls(m_ui, m_rightClick),
                                  FolderViewServices {*m_dialogs, state(), *m_settings, m_openAircraft,
                                                      [this](int panel, const QString &text, PanelColour colour) {
                                                          PaintStatusPanel(panel, text, colour);
                                                      }},
                                  this);
-    m_editing = new EditingController(editingControls(m_c),
+    m_editing = new EditingController(editingControls(m_ui, m_rightClick),
                                       EditingServices {*m_dialogs, state(), m_openAircraft, *this,
                                                        [this] { Dir1_Change(); }, [this] { ListView1_DblClick(); }},
                                       this);

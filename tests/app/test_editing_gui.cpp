@@ -23,7 +23,7 @@ TEST_F(Editing, EachButtonAsksWritesAndOpensTheRowAgain)
     test::writeBytes(dir / "Skyliner" / "model" / "skyliner.mdl", test::modelBytes("MDL9"));
     std::filesystem::create_directories(dir / "Skyliner" / "texture.Red");
     frm_Main form(&dialogs);
-    const MainFormControls &c = form.controls();
+    const Ui::frm_Main &c = form.controls();
     const auto aircraft = openAircraft(form, ORIGINAL, "Skyliner");
     const auto has = [&](const std::string &part) {
         return test::readBytes(aircraft / "aircraft.cfg").find(part) != std::string::npos;
@@ -88,15 +88,15 @@ TEST_F(Editing, KeyRemovalAsksAlwaysAndReloadsAfterADelete)
 TEST_F(Editing, TypingIsHeldToNumbersAndCodesAndRipplesThrough)
 {
     frm_Main form(&dialogs);
-    const MainFormControls &c = form.controls();
+    const Ui::frm_Main &c = form.controls();
     openAircraft(form, TWO_ROWS);
     QTest::keyClicks(c.txt_WingSpan_New, QStringLiteral("-1a00"));
     EXPECT_EQ(c.txt_WingSpan_New_C2->text(), QStringLiteral("15.24"));
     EXPECT_EQ(c.txt_FSX_Spot_New->text(), QStringLiteral("16"));
     c.txt_WingSpan_New_C2->setText(QStringLiteral("-3.5"));
     EXPECT_EQ(c.txt_FSX_Spot_New->text(), QStringLiteral("-2")) << "rounded up by the part behind the point";
-    QTest::keyClicks(c.txt_Exit_0[1], QStringLiteral("1,5.,x7"));
-    EXPECT_EQ(c.txt_Exit_0[1]->text(), QStringLiteral("1.57"));
+    QTest::keyClicks(c.txt_Exit_0_1, QStringLiteral("1,5.,x7"));
+    EXPECT_EQ(c.txt_Exit_0_1->text(), QStringLiteral("1.57"));
     QTest::keyClicks(c.txt_atc_ParkingCodes, QStringLiteral("KL M,ABCDEF,C,D,E,"));
     EXPECT_EQ(c.txt_atc_ParkingCodes->text(), QStringLiteral("KLM,ABCDE,C,D,E"));
     EXPECT_EQ(dialogs.records().size(), 2u);
@@ -105,7 +105,7 @@ TEST_F(Editing, TypingIsHeldToNumbersAndCodesAndRipplesThrough)
 TEST_F(Editing, FocusPickListsAndEffects)
 {
     frm_Main form(&dialogs);
-    const MainFormControls &c = form.controls();
+    const Ui::frm_Main &c = form.controls();
     form.show();
     QApplication::setActiveWindow(&form);
     ASSERT_TRUE(QTest::qWaitForWindowActive(&form)); // so that focus changes send their events
@@ -126,11 +126,11 @@ TEST_F(Editing, FocusPickListsAndEffects)
     c.cmdDropDown->click();
     EXPECT_FALSE(c.lstParking->isVisible()) << "the focus closed it, and the click left it closed";
 
-    c.txt_effects[2]->setFocus();
+    c.txt_effects_2->setFocus();
     dialogs.pushFile(u"C:\\Effects\\FX_TEST.FX");
-    c.frm_RightClick.mnuEffectsSelect->trigger();
+    form.rightClickMenus().mnuEffectsSelect->trigger();
     form.openAircraft().EffectIndex = 6;
-    c.frm_RightClick.mnuEffectsDefault->trigger();
+    form.rightClickMenus().mnuEffectsDefault->trigger();
     c.txt_Description->setPlainText(QStringLiteral("red two"));
     dialogs.pushAnswer(true);
     c.cmd_Effect_Update->click();

@@ -22,7 +22,7 @@ TEST_F(Navigation, LoadingAnAircraftFillsTheGridAndTheAirTypeIsWrittenOnlyAfterY
     test::writeBytes(dir / "Skyliner" / "skyliner.air", test::AirFileBuilder().aircraft(1).bytes());
     std::filesystem::create_directories(dir / "Skyliner" / "texture.Blue");
     frm_Main form(&dialogs);
-    const MainFormControls &c = form.controls();
+    const Ui::frm_Main &c = form.controls();
     const auto aircraft = openAircraft(form, SKYLINER, "Skyliner");
     ASSERT_EQ(c.ListView1->topLevelItemCount(), 2);
     EXPECT_EQ(c.ListView1->topLevelItem(0)->text(9), QStringLiteral("<default>"));
@@ -48,18 +48,18 @@ TEST_F(Navigation, LoadingAnAircraftFillsTheGridAndTheAirTypeIsWrittenOnlyAfterY
 TEST_F(Navigation, DeletingARowAsksAndReloadsARenumberedFile)
 {
     frm_Main form(&dialogs);
-    const MainFormControls &c = form.controls();
+    const Ui::frm_Main &c = form.controls();
     const auto aircraft = openAircraft(form, SKYLINER);
     for (const int row : {0, 1})
         c.ListView1->topLevelItem(row)->setCheckState(0, Qt::Checked);
     form.ListView1_Click();
-    EXPECT_EQ(c.frm_RightClick.mnuDelete->text(), QStringLiteral("&Delete [fltsim.x]"));
+    EXPECT_EQ(form.rightClickMenus().mnuDelete->text(), QStringLiteral("&Delete [fltsim.x]"));
     c.ListView1->topLevelItem(1)->setCheckState(0, Qt::Unchecked);
     dialogs.pushAnswer(false);
-    c.frm_RightClick.mnuDelete->trigger();
+    form.rightClickMenus().mnuDelete->trigger();
     EXPECT_EQ(readBytes(aircraft / "aircraft.cfg"), SKYLINER);
     dialogs.pushAnswer(true);
-    c.frm_RightClick.mnuDelete->trigger();
+    form.rightClickMenus().mnuDelete->trigger();
     ASSERT_EQ(c.ListView1->topLevelItemCount(), 1);
     EXPECT_EQ(c.ListView1->topLevelItem(0)->text(0) + u'|' + c.ListView1->topLevelItem(0)->text(1),
               QStringLiteral("FLTSIM.0|Skyliner Red"));

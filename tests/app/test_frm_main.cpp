@@ -16,7 +16,7 @@ TEST_F(StartUp, DefaultsAndStoredSettingsReachTheControls)
 {
     {
         frm_Main form(&dialogs);
-        const MainFormControls &c = form.controls();
+        const Ui::frm_Main &c = form.controls();
         EXPECT_TRUE(c.mnuToolTips->isChecked() && c.mnuAutoBackup->isChecked() && c.mnuEditor->isChecked());
         EXPECT_FALSE(c.mnuResizable->isChecked() || form.windowResizable());
         EXPECT_EQ(settings.GetSetting(u"AnalyzeOptions").size(), 45u) << "the one value start-up stores";
@@ -52,7 +52,7 @@ TEST_F(StartUp, BothSimulatorsReachTheControls)
     setEnv("FLEETWRIGHT_FS9_DIR", (dir / "FS9").string());
     setEnv("FLEETWRIGHT_FSX_DIR", (dir / "FSX").string());
     frm_Main form(&dialogs);
-    const MainFormControls &c = form.controls();
+    const Ui::frm_Main &c = form.controls();
     EXPECT_EQ(c.StatusBar1->panelColour(3), StatusBarPanels::green());
     EXPECT_TRUE(c.opt_FSX->isChecked() && c.opt_FS9->isEnabled());
     EXPECT_EQ(c.combo_SimFolder->itemText(1), QStringLiteral("Rotorcraft"));
@@ -66,10 +66,10 @@ TEST_F(StartUp, BothSimulatorsReachTheControls)
 
 TEST_F(StartUp, EachToggleIsSavedAtOnceAndReadBackAtTheNextStartAndTheWindowScales)
 {
-    const std::pair<QAction * MainFormControls::*, const char16_t *> toggles[] = {
-        {&MainFormControls::mnuToolTips, u"ToolTips"},     {&MainFormControls::mnuRememberLastPath, u"IsZandor"},
-        {&MainFormControls::mnuAutoBackup, u"AutoBackup"}, {&MainFormControls::mnuConfirm, u"Update"},
-        {&MainFormControls::mnuEditor, u"Editor"},         {&MainFormControls::mnuResizable, u"Resizeable"},
+    const std::pair<QAction * Ui::frm_Main::*, const char16_t *> toggles[] = {
+        {&Ui::frm_Main::mnuToolTips, u"ToolTips"},     {&Ui::frm_Main::mnuRememberLastPath, u"IsZandor"},
+        {&Ui::frm_Main::mnuAutoBackup, u"AutoBackup"}, {&Ui::frm_Main::mnuConfirm, u"Update"},
+        {&Ui::frm_Main::mnuEditor, u"Editor"},         {&Ui::frm_Main::mnuResizable, u"Resizeable"},
     };
     {
         frm_Main form(&dialogs);
@@ -78,7 +78,7 @@ TEST_F(StartUp, EachToggleIsSavedAtOnceAndReadBackAtTheNextStartAndTheWindowScal
         const QSize base = form.size();
         for (const auto &[member, name] : toggles) {
             (form.controls().*member)->trigger();
-            EXPECT_EQ(settings.GetSetting(name), member == &MainFormControls::mnuResizable ? u"1" : u"0");
+            EXPECT_EQ(settings.GetSetting(name), member == &Ui::frm_Main::mnuResizable ? u"1" : u"0");
         }
         EXPECT_FALSE(form.state().AutoBackupOn || form.state().ConfirmUpdates || programState().InternalEditorOn);
         EXPECT_TRUE(form.windowResizable());
@@ -89,7 +89,7 @@ TEST_F(StartUp, EachToggleIsSavedAtOnceAndReadBackAtTheNextStartAndTheWindowScal
     }
     frm_Main again(&dialogs);
     for (const auto &[member, name] : toggles)
-        EXPECT_EQ((again.controls().*member)->isChecked(), member == &MainFormControls::mnuResizable);
+        EXPECT_EQ((again.controls().*member)->isChecked(), member == &Ui::frm_Main::mnuResizable);
 }
 
 // The Windows check registers a made-up FS9 and FSX in its Wine prefix and names their folders here.

@@ -42,7 +42,7 @@ ValidationController::ValidationController(frm_Main &form)
     , m_form(form)
 {
     setObjectName(QStringLiteral("ValidationController"));
-    const MainFormControls &c = form.controls();
+    const auto &c = form.controls();
     connect(c.mnuValidate, &QAction::triggered, this, &ValidationController::mnuValidate_Click);
     connect(c.mnuvalidateAll, &QAction::triggered, this, &ValidationController::mnuvalidateAll_Click);
     connect(c.mnuAnalyzeOptions, &QAction::triggered, this, &ValidationController::mnuAnalyzeOptions_Click);
@@ -62,7 +62,7 @@ frm_ValidateAll *ValidationController::validateAllForm() const
 void ValidationController::validate()
 {
     auto &global = programState();
-    const MainFormControls &c = m_form.controls();
+    const auto &c = m_form.controls();
 
     fleetwright::ValidationInput input;
     input.folder = toU16String(c.Dir1->path());

@@ -140,7 +140,7 @@ void frm_ValidateAll::cmdStart_Click()
     // Each folder is loaded in the main form, as if the user had gone there, and validated as it stands there.
     input.loadFolder = [this, Dir1](const std::u16string &folder) {
         Dir1->setPath(toQString(folder));
-        const MainFormControls &c = m_form.controls();
+        const auto &c = m_form.controls();
         fleetwright::ValidationFeed feed;
         feed.gridRowCount = c.ListView1->topLevelItemCount();
         feed.textureFormatText = toU16String(c.txt_FSXVersion->text());
