@@ -82,6 +82,11 @@ frm_Main::frm_Main(fleetwright::Dialogs *dialogs, QWidget *parent)
     Form_Load();
 }
 
+fleetwright::ProgramState &frm_Main::state() const
+{
+    return programState();
+}
+
 frm_Main::~frm_Main()
 {
     // The units that work on the form go first: the widgets' own destruction sends events, and a unit that

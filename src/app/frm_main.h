@@ -14,6 +14,7 @@
 
 namespace fleetwright {
 class Dialogs;
+struct ProgramState;
 namespace platform {
 class SettingsStore;
 }
@@ -34,6 +35,8 @@ public:
 
     const MainFormControls &controls() const { return m_c; }
     fleetwright::Dialogs &dialogs() const { return *m_dialogs; }
+    // The program-wide state that start-up fills and the subsystems share.
+    fleetwright::ProgramState &state() const;
 
     // The profile file of the current folder's aircraft.cfg; its path names the current file.
     fleetwright::clsIniFile &AircraftIni() { return m_aircraftIni; }
