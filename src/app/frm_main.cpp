@@ -43,7 +43,7 @@
 #include "support/gui/frm_update.h"
 #include "support/gui/tooltips.h"
 #include "support/windowtitle.h"
-#include "validation/gui/frm_main_validation.h"
+#include "validation/gui/validationcontroller.h"
 
 using fleetwright::programState;
 using fleetwright::RuntimeError;
@@ -76,9 +76,28 @@ frm_Main::frm_Main(fleetwright::Dialogs *dialogs, QWidget *parent)
     m_c = buildMainForm(this);
     connectMenus();
     // The units that work on the form connect before the load, so the first folder load runs with them.
-    m_units = {new ValidationController(*this), new FieldsController(*this),      new KeyRemovalController(*this),
-               new EditingController(*this),    new ParkingCodeController(*this), new UpdateController(*this),
-               new ResizeController(*this),     new AboutController(*this)};
+    const fleetwright::ValidationContext validation {
+        .window = this,
+        .mnuValidate = m_c.mnuValidate,
+        .mnuvalidateAll = m_c.mnuvalidateAll,
+        .mnuAnalyzeOptions = m_c.mnuAnalyzeOptions,
+        .StatusBar1 = m_c.StatusBar1,
+        .Dir1 = m_c.Dir1,
+        .ListView1 = m_c.ListView1,
+        .txt_FSXVersion = m_c.txt_FSXVersion,
+        .dialogs = *m_dialogs,
+        .state = state(),
+        .settings = *m_settings,
+        .aircraftIni = m_aircraftIni,
+    };
+    m_units = {new fleetwright::ValidationController(validation),
+               new FieldsController(*this),
+               new KeyRemovalController(*this),
+               new EditingController(*this),
+               new ParkingCodeController(*this),
+               new UpdateController(*this),
+               new ResizeController(*this),
+               new AboutController(*this)};
     Form_Load();
 }
 
