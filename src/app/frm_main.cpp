@@ -31,7 +31,7 @@
 #include "environment/startupsettings.h"
 #include "folderview/gui/folderwidgets.h"
 #include "folderview/gui/frm_listviewoptions.h"
-#include "parking/gui/frm_parkingcode.h"
+#include "parking/gui/parkingcontroller.h"
 #include "platform/filelookup.h"
 #include "platform/regional.h"
 #include "platform/settingsstore.h"
@@ -90,11 +90,18 @@ frm_Main::frm_Main(fleetwright::Dialogs *dialogs, QWidget *parent)
         .settings = *m_settings,
         .aircraftIni = m_aircraftIni,
     };
+    const fleetwright::ParkingContext parking {
+        .window = this,
+        .cmd_ParkingCodes = m_c.cmd_ParkingCodes,
+        .txt_atc_ParkingCodes = m_c.txt_atc_ParkingCodes,
+        .dialogs = *m_dialogs,
+        .state = state(),
+    };
     m_units = {new fleetwright::ValidationController(validation),
                new FieldsController(*this),
                new KeyRemovalController(*this),
                new EditingController(*this),
-               new ParkingCodeController(*this),
+               new fleetwright::ParkingController(parking),
                new UpdateController(*this),
                new ResizeController(*this),
                new AboutController(*this)};
