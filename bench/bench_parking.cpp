@@ -17,6 +17,7 @@
 #include <QTableView>
 
 #include "core/dialogs.h"
+#include "environment/programstate.h"
 #include "parking/gui/frm_parkingcode.h"
 
 namespace {
@@ -37,9 +38,10 @@ void BM_OpenDialog(benchmark::State &state)
     if (!haveDatabase(state))
         return;
     fleetwright::NeverAskDialogs dialogs;
+    const fleetwright::ProgramState program;
     QLineEdit codes;
     for (auto _ : state) {
-        frm_ParkingCode dialog(&codes, dialogs, DATABASE);
+        fleetwright::frm_ParkingCode dialog(&codes, dialogs, program, DATABASE);
         dialog.show();
         QApplication::processEvents();
         benchmark::DoNotOptimize(dialog.MSHFlexGrid1()->model()->rowCount());
@@ -68,8 +70,9 @@ void BM_FilterKeyByKey(benchmark::State &state)
     if (!haveDatabase(state))
         return;
     fleetwright::NeverAskDialogs dialogs;
+    const fleetwright::ProgramState program;
     QLineEdit codes;
-    frm_ParkingCode dialog(&codes, dialogs, DATABASE);
+    fleetwright::frm_ParkingCode dialog(&codes, dialogs, program, DATABASE);
     dialog.show();
     QApplication::processEvents();
     auto *filter = dialog.findChild<QLineEdit *>(QStringLiteral("txt_FilterParkingCodes"));

@@ -5,11 +5,11 @@
 #include "app/frm_main.h"
 #include "editing/gui/editingcontroller.h"
 #include "folderview/gui/folderviewcontroller.h"
-#include "parking/gui/frm_parkingcode.h"
+#include "parking/gui/parkingcontroller.h"
 #include "support/gui/formresizer.h"
 #include "support/gui/frm_about.h"
 #include "support/gui/frm_update.h"
-#include "validation/gui/frm_main_validation.h"
+#include "validation/gui/validationcontroller.h"
 
 namespace {
 
@@ -169,10 +169,31 @@ void frm_Main::createControllers()
                                       EditingServices {*m_dialogs, state(), m_openAircraft, *this,
                                                        [this] { Dir1_Change(); }, [this] { ListView1_DblClick(); }},
                                       this);
+    const ValidationContext validation {
+        .window = this,
+        .mnuValidate = m_ui.mnuValidate,
+        .mnuvalidateAll = m_ui.mnuvalidateAll,
+        .mnuAnalyzeOptions = m_ui.mnuAnalyzeOptions,
+        .StatusBar1 = m_ui.StatusBar1,
+        .Dir1 = m_ui.Dir1,
+        .ListView1 = m_ui.ListView1,
+        .txt_FSXVersion = m_ui.txt_FSXVersion,
+        .dialogs = *m_dialogs,
+        .state = state(),
+        .settings = *m_settings,
+        .aircraftIni = m_openAircraft.AircraftIni,
+    };
+    const ParkingContext parking {
+        .window = this,
+        .cmd_ParkingCodes = m_ui.cmd_ParkingCodes,
+        .txt_atc_ParkingCodes = m_ui.txt_atc_ParkingCodes,
+        .dialogs = *m_dialogs,
+        .state = state(),
+    };
     m_units = {m_folderView,
-               new ValidationController(*this),
+               new ValidationController(validation),
                m_editing,
-               new ParkingCodeController(*this),
+               new ParkingController(parking),
                new UpdateController(*this),
                new ResizeController(*this),
                new AboutController(*this)};

@@ -4,6 +4,7 @@
 #include <QTableView>
 
 #include "parking/gui/frm_parkingcode.h"
+#include "parking/gui/parkingcontroller.h"
 #include "startupfixture.h"
 
 using namespace fleetwright;
@@ -37,7 +38,8 @@ TEST_F(StartUp, ParkingDialogClicksAddAndTakeOutCodesAndFiltersLiterally)
 {
     makeDatabase(dir / "parkingspecs.db");
     QLineEdit codes;
-    frm_ParkingCode dialog(&codes, dialogs, test::nativeText(dir / "parkingspecs.db"));
+    const ProgramState state;
+    frm_ParkingCode dialog(&codes, dialogs, state, test::nativeText(dir / "parkingspecs.db"));
     dialog.show();
     QTableView *grid = dialog.MSHFlexGrid1();
     for (int row = 0; row < 6; ++row)
@@ -65,7 +67,7 @@ TEST_F(StartUp, ParkingCodesButtonOpensTheDialogOverTheOpenRow)
 {
     frm_Main form(&dialogs);
     const auto aircraft = openAircraft(form, "[fltsim.0]\r\ntitle=Blue\r\natc_parking_codes=DLH\r\n");
-    ParkingCodeController::setDatabaseFolder(QString::fromStdString(dir.path().string()));
+    ParkingController::setDatabaseFolder(QString::fromStdString(dir.path().string()));
     form.controls().cmd_ParkingCodes->click();
     EXPECT_EQ(dialogs.records().size(), 1u) << "the database is missing";
     makeDatabase(dir / "parkingspecs.db");
@@ -74,7 +76,7 @@ TEST_F(StartUp, ParkingCodesButtonOpensTheDialogOverTheOpenRow)
         dialog.findChild<QPushButton *>(QStringLiteral("CancelButton"))->click();
     });
     form.controls().cmd_ParkingCodes->click();
-    ParkingCodeController::setDatabaseFolder({});
+    ParkingController::setDatabaseFolder({});
     EXPECT_EQ(picking.opened, 1);
     EXPECT_EQ(form.controls().txt_atc_ParkingCodes->text(), QStringLiteral("DLH,KLM")) << "the row keeps the change";
     EXPECT_EQ(test::readBytes(aircraft / "aircraft.cfg"), "[fltsim.0]\r\ntitle=Blue\r\natc_parking_codes=DLH\r\n");

@@ -3,8 +3,8 @@
 #include "startupfixture.h"
 #include "support/gui/frm_texteditor.h"
 #include "validation/gui/frm_analyzeoptions.h"
-#include "validation/gui/frm_main_validation.h"
 #include "validation/gui/frm_validateall.h"
+#include "validation/gui/validationcontroller.h"
 
 using namespace fleetwright;
 
@@ -52,11 +52,11 @@ TEST_F(ValidationGui, ReportOpensInTheEditorAfterTheSimulatorQuestion)
     dialogs.pushButton(3);
     form.controls().mnuValidate->trigger();
     EXPECT_EQ(dialogs.records().at(2).kind, DialogKind::ThreeButtonQuestion);
-    programState().AnalyzeOptionList.assign(23, u"0");
+    form.state().AnalyzeOptionList.assign(23, u"0");
     form.controls().mnuValidate->trigger();
     EXPECT_EQ(dialogs.records().at(3).kind, DialogKind::Information) << "all options off";
     EXPECT_EQ(reports.opened, 0) << "Cancel writes no report";
-    programState().AnalyzeOptionList.assign(23, u"1");
+    form.state().AnalyzeOptionList.assign(23, u"1");
     dialogs.pushButton(1);
     emit form.controls().StatusBar1->panelDoubleClicked(9);
     EXPECT_EQ(reports.opened, 1);
@@ -86,7 +86,7 @@ TEST_F(ValidationGui, BatchRunsEveryFolderAndReturns)
     EXPECT_EQ(shown.count(ONE_SECTION), 1);
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_EQ(validation(form).validateAllForm(), nullptr);
-    EXPECT_FALSE(programState().BatchRunning);
+    EXPECT_FALSE(form.state().BatchRunning);
     EXPECT_TRUE(dialogs.records().empty());
 }
 
@@ -105,7 +105,7 @@ TEST_F(ValidationGui, ReportOptionsFormSavesOrLeavesTheOptions)
     std::vector<std::u16string> saved(23, u"1");
     saved[1] = saved[9] = saved[10] = saved[11] = u"0";
     EXPECT_EQ(settings.GetSetting(u"AnalyzeOptions"), joinList(saved));
-    EXPECT_EQ(programState().AnalyzeOptionList, saved);
+    EXPECT_EQ(form.state().AnalyzeOptionList, saved);
     options = openForm();
     options->findChild<QPushButton *>(QStringLiteral("cmd_None"))->click();
     options->findChild<QPushButton *>(QStringLiteral("cmd_Close"))->click();

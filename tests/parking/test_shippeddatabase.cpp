@@ -15,7 +15,7 @@ TEST(ShippedParkingDatabase, HoldsEveryRowOfItsTableInOrder)
     char name[] = "test_parking";
     char *argv[] = {name, nullptr};
     const QCoreApplication application(argc, argv); // the database driver is a plugin, loaded through it
-    ParkingDatabase database;
+    fleetwright::ParkingDatabase database;
     ASSERT_TRUE(database.open(QStringLiteral(FLEETWRIGHT_PARKING_DATABASE))) << database.lastError().toStdString();
     const auto rows = database.allRows();
     ASSERT_TRUE(rows.has_value()) << database.lastError().toStdString();

@@ -4,21 +4,14 @@
 #include <utility>
 
 #include <QAbstractTableModel>
-#include <QCoreApplication>
-#include <QDir>
-#include <QFileInfo>
 #include <QFontMetrics>
-#include <QGridLayout>
-#include <QHBoxLayout>
 #include <QHeaderView>
-#include <QLabel>
+#include <QLayout>
 #include <QLineEdit>
 #include <QPalette>
 #include <QPushButton>
 #include <QTableView>
-#include <QVBoxLayout>
 
-#include "app/frm_main.h"
 #include "core/dialogs.h"
 #include "core/errorbox.h"
 #include "core/gui/textconvert.h"
@@ -26,6 +19,9 @@
 #include "environment/programstate.h"
 #include "parking/parkingcodes.h"
 #include "support/gui/tooltips.h"
+#include "ui_frm_parkingcode.h"
+
+namespace fleetwright {
 
 namespace {
 
@@ -36,33 +32,12 @@ constexpr int CODE_COLUMN = 2;
 // What the provider reported for a database it could not use; the box shows it as the error number.
 constexpr int PROVIDER_ERROR = -2147467259;
 
-const QString DATABASE_FILE = QStringLiteral("parkingspecs.db");
 constexpr char16_t LOAD_FAILED[] = u"Error opening the parking code file";
-constexpr char16_t DATABASE_MISSING[] = u"The file 'parkingspecs.db' is missing in your installation folder. "
-                                        u"Re-install Fleetwright or copy the file back to fix this issue.";
 
-QString databaseFolderSetting;
-
-QLabel *label(const char *name, const QString &caption)
+void showRuntimeError(Dialogs &dialogs, const QString &description, const char16_t *procedure)
 {
-    auto *text = new QLabel(caption);
-    text->setObjectName(QString::fromLatin1(name));
-    return text;
-}
-
-QLineEdit *textBox(const char *name, const QString &tip, bool locked)
-{
-    auto *box = new QLineEdit;
-    box->setObjectName(QString::fromLatin1(name));
-    box->setToolTip(tip);
-    box->setReadOnly(locked);
-    return box;
-}
-
-void showRuntimeError(fleetwright::Dialogs &dialogs, const QString &description, const char16_t *procedure)
-{
-    const fleetwright::RuntimeError error(PROVIDER_ERROR, toU16String(description), procedure);
-    dialogs.critical(fleetwright::commonErrorText(error, u"frm_ParkingCode"), u"");
+    const RuntimeError error(PROVIDER_ERROR, toU16String(description), procedure);
+    dialogs.critical(commonErrorText(error, u"frm_ParkingCode"), u"");
 }
 
 } // namespace
@@ -132,82 +107,42 @@ private:
     std::vector<ParkingSpec> m_rows;
 };
 
-frm_ParkingCode::frm_ParkingCode(QLineEdit *codes, fleetwright::Dialogs &dialogs, const QString &databasePath,
-                                 QWidget *parent)
+frm_ParkingCode::frm_ParkingCode(QLineEdit *codes, Dialogs &dialogs, const ProgramState &state,
+                                 const QString &databasePath, QWidget *parent)
     : QDialog(parent)
+    , m_ui(std::make_unique<Ui::frm_ParkingCode>())
     , m_codes(codes)
     , m_dialogs(dialogs)
 {
-    buildForm();
-    Form_Load(databasePath);
+    m_ui->setupUi(this);
+    // The grid takes its laid-out size before the rows come, so its scroll bars are worked out for that size.
+    layout()->activate();
+    m_model = new ParkingGridModel(this);
+    QTableView *grid = m_ui->MSHFlexGrid1;
+    grid->setModel(m_model);
+    // The row header goes only once the model is set: the grid's corner is placed with it first.
+    grid->verticalHeader()->hide();
+    grid->verticalHeader()->setDefaultSectionSize(grid->fontMetrics().height() + 4);
+    grid->horizontalHeader()->setSectionsClickable(false);
+
+    connect(m_ui->txt_FilterParkingCodes, &QLineEdit::textChanged, this,
+            &frm_ParkingCode::txt_FilterParkingCodes_Change);
+    connect(grid, &QTableView::clicked, this, &frm_ParkingCode::MSHFlexGrid1_Click);
+    connect(m_ui->CancelButton, &QPushButton::clicked, this, &frm_ParkingCode::CancelButton_Click);
+
+    Form_Load(state, databasePath);
 }
 
 frm_ParkingCode::~frm_ParkingCode() = default;
 
-void frm_ParkingCode::buildForm()
+QTableView *frm_ParkingCode::MSHFlexGrid1() const
 {
-    setObjectName(QStringLiteral("frm_ParkingCode"));
-    setWindowTitle(QStringLiteral("Selelct the parking code"));
-    setModal(true);
-    resize(460, 520);
-
-    m_filter = textBox("txt_FilterParkingCodes",
-                       QStringLiteral("Enter a filter condition to reduce the elements in the airline list. The "
-                                      "filter condition can be any part of the name."),
-                       false);
-    m_model = new ParkingGridModel(this);
-    m_grid = new QTableView;
-    m_grid->setObjectName(QStringLiteral("MSHFlexGrid1"));
-    m_grid->setToolTip(QStringLiteral("Click on an item to add the parking code in the respective "
-                                      "atc_parking_codes filed on the main form. Click a second time to remove "
-                                      "the parking code."));
-    m_grid->setModel(m_model);
-    m_grid->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    m_grid->setSelectionMode(QAbstractItemView::SingleSelection);
-    m_grid->setSelectionBehavior(QAbstractItemView::SelectItems);
-    m_grid->setWordWrap(false);
-    m_grid->verticalHeader()->hide();
-    m_grid->verticalHeader()->setDefaultSectionSize(m_grid->fontMetrics().height() + 4);
-    m_grid->horizontalHeader()->setMinimumSectionSize(1);
-    m_grid->horizontalHeader()->setSectionsClickable(false);
-    m_grid->horizontalHeader()->setHighlightSections(false);
-    m_grid->horizontalHeader()->setStretchLastSection(false);
-    m_airlineCount =
-        textBox("txt_airlinecodes",
-                QStringLiteral("# of airlines found that match the filter criteria (inclusive no filter)"), true);
-    m_codeCount =
-        textBox("txt_parkingcodes",
-                QStringLiteral("# of parking codes already assigned to the [fltsim.x] variation you edit"), true);
-    auto *close = new QPushButton(QStringLiteral("&Close"));
-    close->setObjectName(QStringLiteral("CancelButton"));
-    close->setToolTip(QStringLiteral("Press the ESC key or click this button to close the dialog."));
-    // Enter in the filter box must not close the dialog; only Esc and the button do.
-    close->setAutoDefault(false);
-    close->setDefault(false);
-
-    auto *layout = new QVBoxLayout(this);
-    auto *filterRow = new QHBoxLayout;
-    filterRow->addWidget(label("Label1", QStringLiteral("filter condition")));
-    filterRow->addWidget(m_filter, 1);
-    layout->addLayout(filterRow);
-    layout->addWidget(m_grid, 1);
-    auto *counts = new QGridLayout;
-    counts->addWidget(label("Label2", QStringLiteral("listed parking codes")), 0, 0);
-    counts->addWidget(m_airlineCount, 0, 1);
-    counts->addWidget(label("Label3", QStringLiteral("assigned parking codes")), 1, 0);
-    counts->addWidget(m_codeCount, 1, 1);
-    counts->addWidget(close, 1, 3);
-    counts->setColumnStretch(2, 1);
-    layout->addLayout(counts);
-
-    connect(m_filter, &QLineEdit::textChanged, this, &frm_ParkingCode::txt_FilterParkingCodes_Change);
-    connect(m_grid, &QTableView::clicked, this, &frm_ParkingCode::MSHFlexGrid1_Click);
-    connect(close, &QPushButton::clicked, this, &frm_ParkingCode::CancelButton_Click);
+    return m_ui->MSHFlexGrid1;
 }
 
-void frm_ParkingCode::Form_Load(const QString &databasePath)
+void frm_ParkingCode::Form_Load(const ProgramState &state, const QString &databasePath)
 {
-    SetUpToolTips(this, fleetwright::programState().ToolTipsOn);
+    SetUpToolTips(this, state.ToolTipsOn);
 
     if (!m_database.open(databasePath)) {
         showRuntimeError(m_dialogs, m_database.lastError(), u"Form_Load");
@@ -225,19 +160,19 @@ void frm_ParkingCode::Form_Load(const QString &databasePath)
         return;
     }
     showRows(std::move(*rows));
-    AutoFitFlexGrid(this, m_grid);
+    AutoFitFlexGrid(this, m_ui->MSHFlexGrid1);
     showCounter();
 }
 
 void frm_ParkingCode::showRows(std::vector<ParkingSpec> rows)
 {
-    m_airlineCount->setText(QString::number(rows.size()));
+    m_ui->txt_airlinecodes->setText(QString::number(rows.size()));
     m_model->setRows(std::move(rows));
 }
 
 void frm_ParkingCode::showCounter()
 {
-    m_codeCount->setText(toQString(fleetwright::parkingCodeCounter(toU16String(m_codes->text()))));
+    m_ui->txt_parkingcodes->setText(toQString(parkingCodeCounter(toU16String(m_codes->text()))));
 }
 
 void frm_ParkingCode::AutoFitFlexGrid(QWidget *form, QTableView *grid)
@@ -257,7 +192,7 @@ void frm_ParkingCode::AutoFitFlexGrid(QWidget *form, QTableView *grid)
 
 void frm_ParkingCode::txt_FilterParkingCodes_Change()
 {
-    std::optional<std::vector<ParkingSpec>> rows = m_database.filteredRows(m_filter->text());
+    std::optional<std::vector<ParkingSpec>> rows = m_database.filteredRows(m_ui->txt_FilterParkingCodes->text());
     if (!rows) {
         showRuntimeError(m_dialogs, m_database.lastError(), u"txt_FilterParkingCodes_Change");
         return;
@@ -271,9 +206,9 @@ void frm_ParkingCode::MSHFlexGrid1_Click(const QModelIndex &index)
     if (!index.isValid())
         return;
     // The code column becomes the current one first, so a click anywhere on the row takes its code.
-    m_grid->setCurrentIndex(m_model->index(index.row(), CODE_COLUMN));
-    const fleetwright::ParkingCodeClick click =
-        fleetwright::parkingCodeClick(toU16String(m_codes->text()), toU16String(m_model->row(index.row()).Code));
+    m_ui->MSHFlexGrid1->setCurrentIndex(m_model->index(index.row(), CODE_COLUMN));
+    const ParkingCodeClick click =
+        parkingCodeClick(toU16String(m_codes->text()), toU16String(m_model->row(index.row()).Code));
     if (click.message.empty())
         m_codes->setText(toQString(click.text));
     else
@@ -292,33 +227,4 @@ void frm_ParkingCode::done(int result)
     QDialog::done(result);
 }
 
-ParkingCodeController::ParkingCodeController(frm_Main &form)
-    : QObject(&form)
-    , m_form(form)
-{
-    setObjectName(QStringLiteral("ParkingCodeController"));
-    connect(form.controls().cmd_ParkingCodes, &QPushButton::clicked, this,
-            &ParkingCodeController::cmd_ParkingCodes_Click);
-}
-
-void ParkingCodeController::setDatabaseFolder(const QString &folder)
-{
-    databaseFolderSetting = folder;
-}
-
-QString ParkingCodeController::databaseFolder()
-{
-    return databaseFolderSetting.isEmpty() ? QCoreApplication::applicationDirPath() : databaseFolderSetting;
-}
-
-void ParkingCodeController::cmd_ParkingCodes_Click()
-{
-    const QString path = QDir(databaseFolder()).filePath(DATABASE_FILE);
-    if (!QFileInfo(path).isFile()) {
-        m_form.dialogs().critical(DATABASE_MISSING, u"");
-        return;
-    }
-    frm_ParkingCode dialog(m_form.controls().txt_atc_ParkingCodes, m_form.dialogs(), path, &m_form);
-    if (dialog.databaseOpened())
-        dialog.exec();
-}
+} // namespace fleetwright

@@ -6,6 +6,8 @@
 #include <QSqlError>
 #include <QSqlQuery>
 
+namespace fleetwright {
+
 namespace {
 
 const QString DRIVER = QStringLiteral("QSQLITE");
@@ -118,3 +120,5 @@ void ParkingDatabase::close()
     }
     QSqlDatabase::removeDatabase(m_connectionName);
 }
+
+} // namespace fleetwright

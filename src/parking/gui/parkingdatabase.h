@@ -5,6 +5,8 @@
 
 #include <QString>
 
+namespace fleetwright {
+
 // One row of the table parkingSpecs.
 struct ParkingSpec
 {
@@ -44,3 +46,5 @@ private:
     QString m_connectionName;
     QString m_lastError;
 };
+
+} // namespace fleetwright

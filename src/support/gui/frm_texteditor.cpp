@@ -526,3 +526,25 @@ void showTextEditor(QWidget *parent, fleetwright::Dialogs &dialogs)
     open = &editor;
     editor.exec();
 }
+
+namespace fleetwright {
+
+// The editor still reads what to open from the program state; state is that same object.
+void showTextEditor(QWidget *parent, Dialogs &dialogs, ProgramState &state, const TextEditorSubject &subject)
+{
+    switch (subject.kind) {
+    case TextEditorSubject::Kind::Fs9Airlines:
+        state.EditorMode = 1;
+        break;
+    case TextEditorSubject::Kind::FsxAirlines:
+        state.EditorMode = 2;
+        break;
+    case TextEditorSubject::Kind::File:
+        state.EditorMode = 3;
+        state.EditorFile = subject.file;
+        break;
+    }
+    ::showTextEditor(parent, dialogs);
+}
+
+} // namespace fleetwright

@@ -93,3 +93,25 @@ private:
 // Shows the editor for what programState().EditorMode names, modal over parent, and returns when it has
 // closed. One editor at a time: while one is open, a second call only brings it to the front.
 void showTextEditor(QWidget *parent, fleetwright::Dialogs &dialogs);
+
+namespace fleetwright {
+
+struct ProgramState;
+
+// What the editor is to open: one of the simulators' airlines.cfg, or the file at `file`.
+struct TextEditorSubject
+{
+    enum class Kind
+    {
+        Fs9Airlines,
+        FsxAirlines,
+        File
+    } kind;
+    std::u16string file;
+};
+
+// showTextEditor for subject; state is where the editor reads the airlines.cfg paths and writes the lists
+// back when it closes.
+void showTextEditor(QWidget *parent, Dialogs &dialogs, ProgramState &state, const TextEditorSubject &subject);
+
+} // namespace fleetwright

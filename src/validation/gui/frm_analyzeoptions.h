@@ -1,17 +1,27 @@
 #pragma once
 
 #include <array>
+#include <memory>
+#include <string>
 
 #include <QDialog>
 
 class QCheckBox;
 
-namespace fleetwright::platform {
+namespace Ui {
+class frm_AnalyzeOptions;
+}
+
+namespace fleetwright {
+
+struct ProgramState;
+
+namespace platform {
 class SettingsStore;
 }
 
 // Which lines the validation report holds: one box per option, stored as "AnalyzeOptions". Only "Save &
-// Close" changes anything; the options then hold for the next run.
+// Close" changes anything; the options then hold for the next run, in the settings and in state.
 class frm_AnalyzeOptions : public QDialog
 {
     Q_OBJECT
@@ -19,7 +29,8 @@ class frm_AnalyzeOptions : public QDialog
 public:
     static constexpr int OPTION_COUNT = 23;
 
-    explicit frm_AnalyzeOptions(const fleetwright::platform::SettingsStore &settings, QWidget *parent = nullptr);
+    frm_AnalyzeOptions(const platform::SettingsStore &settings, ProgramState &state, QWidget *parent = nullptr);
+    ~frm_AnalyzeOptions() override;
 
     // Check1(i) is the box of option i, objectName "Check1_<i>".
     QCheckBox *Check1(int option) const { return m_check1.at(option); }
@@ -36,6 +47,10 @@ private:
     void checkAll(bool checked);
     std::u16string optionsFromBoxes() const;
 
-    const fleetwright::platform::SettingsStore &m_settings;
+    std::unique_ptr<Ui::frm_AnalyzeOptions> m_ui;
+    const platform::SettingsStore &m_settings;
+    ProgramState &m_state;
     std::array<QCheckBox *, OPTION_COUNT> m_check1 {};
 };
+
+} // namespace fleetwright

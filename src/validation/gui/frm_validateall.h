@@ -2,17 +2,39 @@
 
 #include <array>
 #include <atomic>
+#include <memory>
 #include <string>
 
 #include <QDialog>
 
+#include "folderview/gui/folderwidgets.h"
+
 class QCloseEvent;
-class QGroupBox;
 class QLineEdit;
 class QProgressBar;
-class QPushButton;
 class QRadioButton;
-class frm_Main;
+class QTreeWidget;
+
+namespace Ui {
+class frm_ValidateAll;
+}
+
+namespace fleetwright {
+
+class Dialogs;
+class clsIniFile;
+struct ProgramState;
+
+// What a batch drives on the main window and asks through. Members named for controls hold those controls.
+struct ValidateAllContext
+{
+    DirListBox *Dir1;          // each folder is loaded by moving the browser there
+    QTreeWidget *ListView1;    // the rows the load found
+    QLineEdit *txt_FSXVersion; // the texture format the load found
+    Dialogs &dialogs;
+    ProgramState &state;
+    clsIniFile &aircraftIni; // the profile file of the loaded folder's aircraft.cfg
+};
 
 // Validates every aircraft folder directly below a root and joins the reports into "corvanecheckall.log".
 // The batch drives the main form: each folder is loaded in it as the user would load it, then validated.
@@ -22,7 +44,8 @@ class frm_ValidateAll : public QDialog
     Q_OBJECT
 
 public:
-    explicit frm_ValidateAll(frm_Main &form);
+    frm_ValidateAll(const ValidateAllContext &context, QWidget *parent);
+    ~frm_ValidateAll() override;
 
     // The root folder, taken from the folder browser when the form opened.
     const std::u16string &batchRoot() const { return BatchRoot; }
@@ -30,7 +53,7 @@ public:
 
     QRadioButton *OptRep(int index) const { return m_optRep.at(index); }
     QRadioButton *OptATC(int index) const { return m_optATC.at(index); }
-    QProgressBar *ProgressBar1() const { return m_progressBar1; }
+    QProgressBar *ProgressBar1() const;
 
 public slots:
     void cmdStart_Click();
@@ -46,12 +69,10 @@ private:
     void Form_Load();
     void showProgress(std::size_t done, std::size_t count);
 
-    frm_Main &m_form;
-    QLineEdit *m_txtFolder = nullptr;
-    QGroupBox *m_frame1 = nullptr;
+    std::unique_ptr<Ui::frm_ValidateAll> m_ui;
+    ValidateAllContext m_context;
     std::array<QRadioButton *, 2> m_optRep {};
     std::array<QRadioButton *, 2> m_optATC {};
-    QProgressBar *m_progressBar1 = nullptr;
 
     std::u16string BatchRoot;
     std::u16string BatchStartFolder;
@@ -59,3 +80,5 @@ private:
     int m_runs = 0;
     std::atomic<bool> m_stopRequested = false;
 };
+
+} // namespace fleetwright
