@@ -146,7 +146,6 @@ void frm_Main::Form_Load()
         global.ToolTipsOn = m_c.mnuToolTips->isChecked();
 
         global.AnalyzeOptionList = fleetwright::splitList(global.AnalyzeOptionsText);
-        global.EditorMode = 0;
         LoadGuard = true;
         global.BatchRunning = false;
 
@@ -339,12 +338,11 @@ void frm_Main::mnuCFG_Click()
         m_dialogs->critical(u"No aircraft.cfg file found in this folder. Exiting here...", u"");
         return;
     }
-    programState().EditorFile = m_aircraftIni.path();
     if (programState().InternalEditorOn) {
-        programState().EditorMode = 3;
-        showTextEditor(this, *m_dialogs);
+        fleetwright::showTextEditor(this, *m_dialogs, programState(),
+                                    {fleetwright::TextEditorSubject::Kind::File, m_aircraftIni.path()});
     } else {
-        fleetwright::platform::Shell::openInPlainEditor(programState().EditorFile);
+        fleetwright::platform::Shell::openInPlainEditor(m_aircraftIni.path());
     }
 }
 
@@ -354,8 +352,8 @@ void frm_Main::openAirlinesFile(bool fsx)
     if (!(fsx ? global.FsxFound : global.Fs9Found))
         return;
     if (global.InternalEditorOn) {
-        global.EditorMode = fsx ? 2 : 1;
-        showTextEditor(this, *m_dialogs);
+        using Kind = fleetwright::TextEditorSubject::Kind;
+        fleetwright::showTextEditor(this, *m_dialogs, global, {fsx ? Kind::FsxAirlines : Kind::Fs9Airlines, {}});
     } else {
         fleetwright::platform::Shell::openInPlainEditor(fsx ? global.FsxAirlinesPath : global.Fs9AirlinesPath);
     }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -29,9 +28,6 @@ struct ProgramState
     bool RememberFolderOn = true;
     bool InternalEditorOn = true;
 
-    // What the internal editor is to open: 1 and 2 the airlines.cfg of FS9 and FSX, 3 EditorFile, 0 nothing.
-    std::int16_t EditorMode = 0;
-    std::u16string EditorFile;
     bool BatchRunning = false;
 };
 

@@ -1,4 +1,4 @@
-#include "frm_texteditor.h"
+#include "support/gui/frm_texteditor.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -33,7 +33,8 @@
 #include "platform/fileio.h"
 
 namespace fs = std::filesystem;
-using fleetwright::RuntimeError;
+
+namespace fleetwright {
 
 namespace {
 
@@ -81,7 +82,7 @@ RuntimeError fileError(const fs::path &path, bool writing)
 std::string readText(const std::u16string &fileName)
 {
     const fs::path path(fileName);
-    std::optional<std::string> bytes = fleetwright::platform::readWholeFile(path);
+    std::optional<std::string> bytes = platform::readWholeFile(path);
     if (!bytes)
         throw fileError(path, false);
     return std::move(*bytes);
@@ -90,16 +91,16 @@ std::string readText(const std::u16string &fileName)
 // The lines of an airlines.cfg as start-up keeps them.
 std::vector<std::u16string> airlineLines(const std::string &bytes)
 {
-    return fleetwright::splitAtCrLf(fleetwright::platform::fromCodePage(bytes));
+    return splitAtCrLf(platform::fromCodePage(bytes));
 }
 
-void showRuntimeFailure(fleetwright::Dialogs &dialogs, RuntimeError error, const std::u16string &procedure)
+void showRuntimeFailure(Dialogs &dialogs, RuntimeError error, const std::u16string &procedure)
 {
     error.setProcedure(procedure);
-    dialogs.critical(fleetwright::commonErrorText(error, FORM_NAME), {});
+    dialogs.critical(commonErrorText(error, FORM_NAME), {});
 }
 
-void showFileError(fleetwright::Dialogs &dialogs, const RuntimeError &error)
+void showFileError(Dialogs &dialogs, const RuntimeError &error)
 {
     const std::string number = std::to_string(error.number());
     dialogs.plain(
@@ -108,9 +109,11 @@ void showFileError(fleetwright::Dialogs &dialogs, const RuntimeError &error)
 
 } // namespace
 
-frm_TextEditor::frm_TextEditor(fleetwright::Dialogs &dialogs, QWidget *parent)
+frm_TextEditor::frm_TextEditor(Dialogs &dialogs, ProgramState &state, const TextEditorSubject &subject, QWidget *parent)
     : QDialog(parent)
     , m_dialogs(dialogs)
+    , m_state(state)
+    , m_subject(subject)
 {
     setObjectName(QStringLiteral("frm_TextEditor"));
     setWindowTitle(QStringLiteral("TextEditor"));
@@ -188,28 +191,22 @@ void frm_TextEditor::buildMenus()
 // A file that cannot be read here stops the form from loading; the caller shows nothing then.
 bool frm_TextEditor::Form_Load()
 {
-    const fleetwright::ProgramState &state = fleetwright::programState();
-    switch (state.EditorMode) {
-    case 1:
-        FileName = state.Fs9AirlinesPath;
+    switch (m_subject.kind) {
+    case TextEditorSubject::Kind::Fs9Airlines:
+        FileName = m_state.Fs9AirlinesPath;
         break;
-    case 2:
-        FileName = state.FsxAirlinesPath;
+    case TextEditorSubject::Kind::FsxAirlines:
+        FileName = m_state.FsxAirlinesPath;
         break;
-    case 3:
-        FileName = state.EditorFile;
-        break;
-    default:
-        FileName.clear();
+    case TextEditorSubject::Kind::File:
+        FileName = m_subject.file;
         break;
     }
-    if (state.EditorMode >= 1 && state.EditorMode <= 3) {
-        try {
-            loadText();
-        } catch (const RuntimeError &error) {
-            showRuntimeFailure(m_dialogs, error, u"Form_Load");
-            return false;
-        }
+    try {
+        loadText();
+    } catch (const RuntimeError &error) {
+        showRuntimeFailure(m_dialogs, error, u"Form_Load");
+        return false;
     }
     Dirty = false;
     return true;
@@ -224,19 +221,16 @@ bool frm_TextEditor::Form_QueryUnload()
 // read even when nothing was changed.
 void frm_TextEditor::Form_Unload()
 {
-    fleetwright::ProgramState &state = fleetwright::programState();
-    if (state.EditorMode == 1 || state.EditorMode == 2) {
-        const bool fs9 = state.EditorMode == 1;
-        try {
-            std::vector<std::u16string> lines =
-                airlineLines(readText(fs9 ? state.Fs9AirlinesPath : state.FsxAirlinesPath));
-            (fs9 ? state.Fs9Airlines : state.FsxAirlines) = std::move(lines);
-        } catch (const RuntimeError &error) {
-            showRuntimeFailure(m_dialogs, error, u"Form_Unload");
-            return;
-        }
+    if (m_subject.kind == TextEditorSubject::Kind::File)
+        return;
+    const bool fs9 = m_subject.kind == TextEditorSubject::Kind::Fs9Airlines;
+    try {
+        std::vector<std::u16string> lines =
+            airlineLines(readText(fs9 ? m_state.Fs9AirlinesPath : m_state.FsxAirlinesPath));
+        (fs9 ? m_state.Fs9Airlines : m_state.FsxAirlines) = std::move(lines);
+    } catch (const RuntimeError &error) {
+        showRuntimeFailure(m_dialogs, error, u"Form_Unload");
     }
-    state.EditorMode = 0;
 }
 
 void frm_TextEditor::reject()
@@ -289,7 +283,7 @@ bool frm_TextEditor::dataSafe()
 
 void frm_TextEditor::loadText()
 {
-    const std::u16string text = fleetwright::platform::fromCodePage(readText(FileName));
+    const std::u16string text = platform::fromCodePage(readText(FileName));
 
     QString lines;
     lines.reserve(static_cast<qsizetype>(text.size()));
@@ -352,8 +346,7 @@ void frm_TextEditor::saveText()
         FileName = *chosen;
     }
     const fs::path path(FileName);
-    if (!fleetwright::platform::replaceFileAtomically(path,
-                                                      fleetwright::platform::toCodePage(toU16String(fileText())))) {
+    if (!platform::replaceFileAtomically(path, platform::toCodePage(toU16String(fileText())))) {
         showFileError(m_dialogs, fileError(path, true));
         return;
     }
@@ -512,7 +505,7 @@ void frm_TextEditor::txtData_Change()
     Dirty = true;
 }
 
-void showTextEditor(QWidget *parent, fleetwright::Dialogs &dialogs)
+void showTextEditor(QWidget *parent, Dialogs &dialogs, ProgramState &state, const TextEditorSubject &subject)
 {
     static QPointer<frm_TextEditor> open;
     if (open) {
@@ -520,9 +513,11 @@ void showTextEditor(QWidget *parent, fleetwright::Dialogs &dialogs)
         open->activateWindow();
         return;
     }
-    frm_TextEditor editor(dialogs, parent);
+    frm_TextEditor editor(dialogs, state, subject, parent);
     if (!editor.isLoaded())
         return;
     open = &editor;
     editor.exec();
 }
+
+} // namespace fleetwright

@@ -153,10 +153,8 @@ fleetwright::ValidationEnvironment environmentFromStartUp()
 void showReportFile(QWidget *parent, fleetwright::Dialogs &dialogs, const std::u16string &path)
 {
     auto &global = programState();
-    global.EditorFile = path;
     if (global.InternalEditorOn) {
-        global.EditorMode = 3;
-        showTextEditor(parent, dialogs);
+        fleetwright::showTextEditor(parent, dialogs, global, {fleetwright::TextEditorSubject::Kind::File, path});
     } else {
         fleetwright::platform::Shell::openInPlainEditor(path);
     }

@@ -51,6 +51,6 @@ private:
 // What start-up found of the simulators, as a validation run takes it.
 fleetwright::ValidationEnvironment environmentFromStartUp();
 
-// The report shown as every report of the program is: in the internal editor (EditorMode 3) or in the
-// platform's plain editor, as the editor setting says. The path is kept in EditorFile.
+// The report shown as every report of the program is: in the internal editor or in the platform's plain
+// editor, as the editor setting says.
 void showReportFile(QWidget *parent, fleetwright::Dialogs &dialogs, const std::u16string &path);
