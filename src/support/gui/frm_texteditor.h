@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <string>
 
 #include <QDialog>
@@ -9,7 +10,10 @@
 class QAction;
 class QCloseEvent;
 class QKeyEvent;
-class QPlainTextEdit;
+
+namespace Ui {
+class frm_TextEditor;
+}
 
 namespace fleetwright {
 
@@ -72,7 +76,7 @@ private slots:
     void txtData_Change();
 
 private:
-    void buildMenus();
+    void connectMenus();
     bool Form_Load();
     bool Form_QueryUnload();
     void Form_Unload();
@@ -87,10 +91,10 @@ private:
     QString selectedText() const;
     QString fileText() const;
 
+    std::unique_ptr<Ui::frm_TextEditor> m_ui;
     Dialogs &m_dialogs;
     ProgramState &m_state;
     const TextEditorSubject m_subject;
-    QPlainTextEdit *txtData = nullptr;
     // mnuFileMRU(0) is the separator above the recent files, 1 to 4 the files.
     std::array<QAction *, 5> mnuFileMRU {};
     // The line end that lines added in the box get: the file's first one, CR LF when it has none.
