@@ -1,12 +1,18 @@
 #pragma once
 
+#include <memory>
+
 #include <QDialog>
 #include <QObject>
 
-class QFrame;
-class QLabel;
 class QMouseEvent;
 class frm_Main;
+
+namespace Ui {
+class frm_About;
+}
+
+namespace fleetwright {
 
 // The about box: the program's name, version and maker, the operating system it runs on, and whose airline
 // data it carries. A click anywhere on it closes it.
@@ -16,24 +22,19 @@ class frm_About : public QDialog
 
 public:
     explicit frm_About(QWidget *parent = nullptr);
+    ~frm_About() override;
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
 
 private:
-    void buildForm();
     void Form_Load();
 
-    QFrame *Frame1 = nullptr;
-    QLabel *imgLogo = nullptr;
-    QLabel *lblProductName = nullptr;
-    QLabel *lblVERSION = nullptr;
-    QLabel *lblPlatform = nullptr;
-    QLabel *lblCopyright = nullptr;
-    QLabel *lblDataLicence = nullptr;
-    QLabel *lblThirdParty = nullptr;
+    std::unique_ptr<Ui::frm_About> m_ui;
 };
+
+} // namespace fleetwright
 
 // Shows the about box, modal, from the main form's Help menu.
 class AboutController : public QObject
