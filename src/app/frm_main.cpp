@@ -37,10 +37,8 @@
 #include "platform/settingsstore.h"
 #include "platform/shell.h"
 #include "platform/simulatorregistry.h"
-#include "support/gui/formresizer.h"
-#include "support/gui/frm_about.h"
 #include "support/gui/frm_texteditor.h"
-#include "support/gui/frm_update.h"
+#include "support/gui/supportcontroller.h"
 #include "support/gui/tooltips.h"
 #include "support/windowtitle.h"
 #include "validation/gui/frm_main_validation.h"
@@ -76,9 +74,16 @@ frm_Main::frm_Main(fleetwright::Dialogs *dialogs, QWidget *parent)
     m_c = buildMainForm(this);
     connectMenus();
     // The units that work on the form connect before the load, so the first folder load runs with them.
-    m_units = {new ValidationController(*this), new FieldsController(*this),      new KeyRemovalController(*this),
-               new EditingController(*this),    new ParkingCodeController(*this), new UpdateController(*this),
-               new ResizeController(*this),     new AboutController(*this)};
+    const fleetwright::SupportControls support {.window = this,
+                                                .mnu_AppUpdate = m_c.mnu_AppUpdate,
+                                                .mnuAboutProg = m_c.mnuAboutProg,
+                                                .mnuResizable = m_c.mnuResizable};
+    m_units = {new ValidationController(*this),
+               new FieldsController(*this),
+               new KeyRemovalController(*this),
+               new EditingController(*this),
+               new ParkingCodeController(*this),
+               new fleetwright::SupportController(support, *m_dialogs, programState(), *m_settings)};
     Form_Load();
 }
 
@@ -95,9 +100,9 @@ void frm_Main::connectMenus()
     connectToggle(m_c.mnuRememberLastPath, &programState().RememberFolderOn, u"IsZandor");
     connectToggle(m_c.mnuAutoBackup, &AutoBackupOn, u"AutoBackup");
     connectToggle(m_c.mnuConfirm, &ConfirmUpdates, u"Update");
-    connectToggle(m_c.mnu_AutoUpdate, &AutoUpdateOn, u"AutoUpdate");
+    connectToggle(m_c.mnu_AutoUpdate, &programState().AutoUpdateOn, u"AutoUpdate");
     connectToggle(m_c.mnuEditor, &programState().InternalEditorOn, u"Editor");
-    connectToggle(m_c.mnuResizable, &ResizableOn, u"Resizeable");
+    connectToggle(m_c.mnuResizable, &programState().ResizableOn, u"Resizeable");
     connect(m_c.mnuResizable, &QAction::triggered, this, &frm_Main::mnuResizable_Click);
     connect(m_c.mnuCFG, &QAction::triggered, this, &frm_Main::mnuCFG_Click);
     connect(m_c.mnuQuit, &QAction::triggered, this, &frm_Main::mnuQuit_Click);
@@ -200,8 +205,8 @@ void frm_Main::applyStartSettings()
     apply(m_c.mnuAutoBackup, &AutoBackupOn, options.AutoBackupOn);
     apply(m_c.mnuConfirm, &ConfirmUpdates, options.ConfirmUpdates);
     apply(m_c.mnuEditor, &programState().InternalEditorOn, options.InternalEditorOn);
-    apply(m_c.mnuResizable, &ResizableOn, options.ResizableOn);
-    if (ResizableOn)
+    apply(m_c.mnuResizable, &programState().ResizableOn, options.ResizableOn);
+    if (programState().ResizableOn)
         toggleResizableStyle();
 }
 
@@ -394,9 +399,9 @@ void frm_Main::Form_Activate()
 {
     try {
         m_c.mnu_AutoUpdate->setChecked(fleetwright::readBoolSetting(*m_settings, u"AutoUpdate"));
-        AutoUpdateOn = m_c.mnu_AutoUpdate->isChecked();
-        if (auto *update = findChild<UpdateController *>(QString(), Qt::FindDirectChildrenOnly))
-            update->automaticCheck();
+        programState().AutoUpdateOn = m_c.mnu_AutoUpdate->isChecked();
+        if (auto *support = findChild<fleetwright::SupportController *>(QString(), Qt::FindDirectChildrenOnly))
+            support->automaticCheck();
     } catch (const RuntimeError &error) {
         fleetwright::showCommonError(*m_dialogs, error);
     }

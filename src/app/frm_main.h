@@ -46,8 +46,6 @@ public:
     std::vector<std::u16string> SimFolderPaths;
     bool AutoBackupOn = true;
     bool ConfirmUpdates = true;
-    bool AutoUpdateOn = true;
-    bool ResizableOn = false;
     bool LoadGuard = false;
     bool EventsEnabled = false;
     char16_t DecimalSeparator = u'.';

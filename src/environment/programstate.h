@@ -27,6 +27,8 @@ struct ProgramState
     bool ToolTipsOn = true;
     bool RememberFolderOn = true;
     bool InternalEditorOn = true;
+    bool AutoUpdateOn = true; // the weekly update check
+    bool ResizableOn = false; // the main window's controls and fonts follow its size
 
     bool BatchRunning = false;
 };

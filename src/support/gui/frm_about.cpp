@@ -1,6 +1,5 @@
 #include "support/gui/frm_about.h"
 
-#include <QAction>
 #include <QEvent>
 #include <QFont>
 #include <QLabel>
@@ -10,7 +9,6 @@
 #include <QPainterPath>
 #include <QPixmap>
 
-#include "app/frm_main.h"
 #include "core/gui/textconvert.h"
 #include "support/operatingsystem.h"
 #include "ui_frm_about.h"
@@ -97,17 +95,3 @@ void frm_About::mouseReleaseEvent(QMouseEvent *event)
 }
 
 } // namespace fleetwright
-
-AboutController::AboutController(frm_Main &form)
-    : QObject(&form)
-    , m_form(form)
-{
-    setObjectName(QStringLiteral("AboutController"));
-    connect(form.controls().mnuAboutProg, &QAction::triggered, this, &AboutController::mnuAboutProg_Click);
-}
-
-void AboutController::mnuAboutProg_Click()
-{
-    fleetwright::frm_About about(&m_form);
-    about.exec();
-}

@@ -3,10 +3,8 @@
 #include <memory>
 
 #include <QDialog>
-#include <QObject>
 
 class QMouseEvent;
-class frm_Main;
 
 namespace Ui {
 class frm_About;
@@ -35,18 +33,3 @@ private:
 };
 
 } // namespace fleetwright
-
-// Shows the about box, modal, from the main form's Help menu.
-class AboutController : public QObject
-{
-    Q_OBJECT
-
-public:
-    explicit AboutController(frm_Main &form);
-
-public slots:
-    void mnuAboutProg_Click();
-
-private:
-    frm_Main &m_form;
-};

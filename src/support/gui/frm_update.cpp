@@ -1,13 +1,10 @@
 #include "support/gui/frm_update.h"
 
-#include <QAction>
-#include <QDate>
 #include <QLayout>
 
-#include "app/frm_main.h"
 #include "core/dialogs.h"
 #include "core/gui/textconvert.h"
-#include "environment/startupsettings.h"
+#include "platform/settingsstore.h"
 #include "platform/shell.h"
 #include "ui_frm_update.h"
 
@@ -41,40 +38,3 @@ void frm_Update::vcUPDATECTL1_Done(const QString &file)
 }
 
 } // namespace fleetwright
-
-std::function<void(frm_Main &)> UpdateController::showUpdateForm = &UpdateController::showModally;
-
-UpdateController::UpdateController(frm_Main &form)
-    : QObject(&form)
-    , m_form(form)
-{
-    setObjectName(QStringLiteral("UpdateController"));
-    connect(form.controls().mnu_AppUpdate, &QAction::triggered, this, &UpdateController::mnu_AppUpdate_Click);
-}
-
-void UpdateController::showModally(frm_Main &form)
-{
-    fleetwright::frm_Update dialog(form.dialogs(), &form);
-    dialog.exec();
-}
-
-void UpdateController::automaticCheck()
-{
-    if (!m_form.AutoUpdateOn)
-        return;
-    const QDate today = QDate::currentDate();
-    const int week =
-        fleetwright::weekOfYear(today.year(), static_cast<unsigned>(today.month()), static_cast<unsigned>(today.day()));
-    if (!fleetwright::automaticCheckDue(fleetwright::readSetting(m_settings, u"LastCheck"), week))
-        return;
-    // Stored before the dialog opens: the activation that follows its closing finds the week done.
-    m_settings.SaveSetting(u"LastCheck", toU16String(QString::number(week)));
-    if (showUpdateForm)
-        showUpdateForm(m_form);
-}
-
-void UpdateController::mnu_AppUpdate_Click()
-{
-    if (showUpdateForm)
-        showUpdateForm(m_form);
-}
