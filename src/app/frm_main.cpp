@@ -36,7 +36,7 @@
 #include "platform/shell.h"
 #include "platform/simulatorregistry.h"
 #include "support/gui/frm_texteditor.h"
-#include "support/gui/frm_update.h"
+#include "support/gui/supportcontroller.h"
 #include "support/gui/tooltips.h"
 #include "support/windowtitle.h"
 
@@ -147,7 +147,6 @@ void frm_Main::Form_Load()
         global.ToolTipsOn = m_ui.mnuToolTips->isChecked();
 
         global.AnalyzeOptionList = fleetwright::splitList(global.AnalyzeOptionsText);
-        global.EditorMode = 0;
         m_folderView->setLoadGuard(true);
         global.BatchRunning = false;
 
@@ -342,13 +341,11 @@ void frm_Main::mnuCFG_Click()
         m_dialogs->critical(u"No aircraft.cfg file found in this folder. Exiting here...", u"");
         return;
     }
-    auto &global = state();
-    global.EditorFile = m_openAircraft.AircraftIni.path();
-    if (global.InternalEditorOn) {
-        global.EditorMode = 3;
-        showTextEditor(this, *m_dialogs);
+    if (state().InternalEditorOn) {
+        fleetwright::showTextEditor(this, *m_dialogs, state(),
+                                    {fleetwright::TextEditorSubject::Kind::File, m_openAircraft.AircraftIni.path()});
     } else {
-        fleetwright::platform::Shell::openInPlainEditor(global.EditorFile);
+        fleetwright::platform::Shell::openInPlainEditor(m_openAircraft.AircraftIni.path());
     }
 }
 
@@ -358,8 +355,8 @@ void frm_Main::openAirlinesFile(bool fsx)
     if (!(fsx ? global.FsxFound : global.Fs9Found))
         return;
     if (global.InternalEditorOn) {
-        global.EditorMode = fsx ? 2 : 1;
-        showTextEditor(this, *m_dialogs);
+        using Kind = fleetwright::TextEditorSubject::Kind;
+        fleetwright::showTextEditor(this, *m_dialogs, global, {fsx ? Kind::FsxAirlines : Kind::Fs9Airlines, {}});
     } else {
         fleetwright::platform::Shell::openInPlainEditor(fsx ? global.FsxAirlinesPath : global.Fs9AirlinesPath);
     }
@@ -401,8 +398,8 @@ void frm_Main::Form_Activate()
     try {
         m_ui.mnu_AutoUpdate->setChecked(fleetwright::readBoolSetting(*m_settings, u"AutoUpdate"));
         state().AutoUpdateOn = m_ui.mnu_AutoUpdate->isChecked();
-        if (auto *update = findChild<UpdateController *>(QString(), Qt::FindDirectChildrenOnly))
-            update->automaticCheck();
+        if (auto *support = findChild<fleetwright::SupportController *>(QString(), Qt::FindDirectChildrenOnly))
+            support->automaticCheck();
     } catch (const RuntimeError &error) {
         fleetwright::showCommonError(*m_dialogs, error);
     }

@@ -6,9 +6,7 @@
 #include "editing/gui/editingcontroller.h"
 #include "folderview/gui/folderviewcontroller.h"
 #include "parking/gui/parkingcontroller.h"
-#include "support/gui/formresizer.h"
-#include "support/gui/frm_about.h"
-#include "support/gui/frm_update.h"
+#include "support/gui/supportcontroller.h"
 #include "validation/gui/validationcontroller.h"
 
 namespace {
@@ -190,13 +188,12 @@ void frm_Main::createControllers()
         .dialogs = *m_dialogs,
         .state = state(),
     };
-    m_units = {m_folderView,
-               new ValidationController(validation),
-               m_editing,
-               new ParkingController(parking),
-               new UpdateController(*this),
-               new ResizeController(*this),
-               new AboutController(*this)};
+    const SupportControls support {.window = this,
+                                   .mnu_AppUpdate = m_ui.mnu_AppUpdate,
+                                   .mnuAboutProg = m_ui.mnuAboutProg,
+                                   .mnuResizable = m_ui.mnuResizable};
+    m_units = {m_folderView, new ValidationController(validation), m_editing, new ParkingController(parking),
+               new SupportController(support, *m_dialogs, state(), *m_settings)};
 }
 
 void frm_Main::Dir1_Change()

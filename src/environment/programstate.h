@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -36,16 +35,13 @@ struct ProgramState
     bool InternalEditorOn = true;
     bool AutoBackupOn = true;
     bool ConfirmUpdates = true;
-    bool AutoUpdateOn = true;
-    bool ResizableOn = false;
+    bool AutoUpdateOn = true; // the weekly update check
+    bool ResizableOn = false; // the main window's controls and fonts follow its size
     char16_t DecimalSeparator = u'.';
 
     std::u16string ManualFilePath;
     std::u16string PdfViewerPath; // the program that opens the manual; empty when there is none
 
-    // What the internal editor is to open: 1 and 2 the airlines.cfg of FS9 and FSX, 3 EditorFile, 0 nothing.
-    std::int16_t EditorMode = 0;
-    std::u16string EditorFile;
     bool BatchRunning = false;
 };
 

@@ -26,6 +26,7 @@
 #include "folderview/gui/folderwidgets.h"
 #include "platform/settingsstore.h"
 #include "support/gui/frm_update.h"
+#include "support/gui/supportcontroller.h"
 
 namespace fleetwright::test {
 
@@ -47,11 +48,12 @@ protected:
         setEnv("WINEPREFIX", (dir / "no-prefix").string());
         setEnv("FLEETWRIGHT_APPDATA", (dir / "appdata").string());
         programState() = {};
-        m_savedUpdateForm = std::exchange(UpdateController::showUpdateForm, [this](frm_Main &) { ++updateFormsShown; });
+        m_savedUpdateForm =
+            std::exchange(SupportController::showUpdateForm, [this](QWidget *, Dialogs &) { ++updateFormsShown; });
     }
     void TearDown() override
     {
-        UpdateController::showUpdateForm = m_savedUpdateForm;
+        SupportController::showUpdateForm = m_savedUpdateForm;
         while (!m_variables.empty())
             m_variables.pop_back();
     }
@@ -83,7 +85,7 @@ protected:
 
 private:
     std::vector<std::unique_ptr<ScopedVariable>> m_variables;
-    std::function<void(frm_Main &)> m_savedUpdateForm;
+    std::function<void(QWidget *, Dialogs &)> m_savedUpdateForm;
 };
 
 } // namespace fleetwright::test

@@ -6,6 +6,7 @@
 #include "startupfixture.h"
 #include "support/gui/formresizer.h"
 #include "support/gui/frm_about.h"
+#include "support/gui/frm_texteditor.h"
 #include "support/liveupdate.h"
 #include "support/operatingsystem.h"
 
@@ -21,9 +22,10 @@ TEST_F(StartUp, DefaultsAndStoredSettingsReachTheControls)
         EXPECT_FALSE(c.mnuResizable->isChecked() || form.windowResizable());
         EXPECT_EQ(settings.GetSetting(u"AnalyzeOptions").size(), 45u) << "the one value start-up stores";
         EXPECT_FALSE(c.opt_FS9->isEnabled() || c.opt_FSX->isEnabled() || c.combo_SimFolder->isEnabled());
+        test::ModalDialogs<frm_TextEditor> editors([](frm_TextEditor &editor) { editor.close(); });
         emit c.StatusBar1->panelDoubleClicked(3); // an airline file that was not loaded
         c.mnuCFG->trigger();                      // no aircraft.cfg
-        EXPECT_EQ(programState().EditorMode, 0);
+        EXPECT_EQ(editors.opened, 0);
     }
     std::filesystem::create_directories(dir / "Aircraft");
     settings.SaveSetting(u"Path", toU16String(test::nativeText(dir / "Aircraft")));

@@ -15,17 +15,18 @@ protected:
         test::writeBytes(dir / name, bytes);
         return toU16String(test::nativeText(dir / name));
     }
-    std::unique_ptr<frm_TextEditor> open(const std::u16string &name, int mode = 3)
+    std::unique_ptr<frm_TextEditor> open(const std::u16string &name,
+                                         TextEditorSubject::Kind kind = TextEditorSubject::Kind::File)
     {
-        programState().EditorMode = mode;
-        programState().EditorFile = name;
-        return std::make_unique<frm_TextEditor>(dialogs);
+        return std::make_unique<frm_TextEditor>(dialogs, state, TextEditorSubject {kind, name});
     }
     static void trigger(frm_TextEditor &editor, const char *name)
     {
         editor.findChild<QAction *>(QString::fromLatin1(name))->trigger();
     }
     static QPlainTextEdit *box(frm_TextEditor &editor) { return editor.findChild<QPlainTextEdit *>(); }
+
+    ProgramState state;
 };
 
 } // namespace
@@ -84,15 +85,14 @@ TEST_F(TextEditor, ChangedTextIsAskedForAndOpenedFilesHeadTheRecentFiles)
 
 TEST_F(TextEditor, AirlineListIsReadAgainOnClose)
 {
-    programState().Fs9AirlinesPath = file("fs9.cfg", "Old\r\n");
+    state.Fs9AirlinesPath = file("fs9.cfg", "Old\r\n");
     {
-        const auto editor = open(u"", 1);
+        const auto editor = open(u"", TextEditorSubject::Kind::Fs9Airlines);
         test::writeBytes(dir / "fs9.cfg", "Caf\xE9 Air\r\n[x]\r\nLast ");
         EXPECT_TRUE(editor->close());
     }
-    EXPECT_EQ(programState().Fs9Airlines, (std::vector<std::u16string> {u"Caf\u00E9 Air", u"[x]", u"Last "}));
-    EXPECT_EQ(programState().EditorMode, 0);
-    EXPECT_TRUE(programState().FsxAirlines.empty());
+    EXPECT_EQ(state.Fs9Airlines, (std::vector<std::u16string> {u"Caf\u00E9 Air", u"[x]", u"Last "}));
+    EXPECT_TRUE(state.FsxAirlines.empty());
 }
 
 TEST_F(TextEditor, FindSelectsEachNextOccurrenceWhateverItsCase)
@@ -112,15 +112,14 @@ TEST_F(TextEditor, FindSelectsEachNextOccurrenceWhateverItsCase)
 
 TEST_F(TextEditor, OnlyOneEditorAtATime)
 {
-    programState().EditorMode = 3;
-    programState().EditorFile = file("report.log", "Report\r\n");
+    const TextEditorSubject report {TextEditorSubject::Kind::File, file("report.log", "Report\r\n")};
     test::ModalDialogs<frm_TextEditor> editors([&](frm_TextEditor &editor) {
         QTimer::singleShot(0, &editor, [&] {
             if (editors.opened == 1)
-                showTextEditor(nullptr, dialogs); // brings the open one up
+                showTextEditor(nullptr, dialogs, state, report); // brings the open one up
             trigger(editor, "mnuFileExit");
         });
     });
-    showTextEditor(nullptr, dialogs);
+    showTextEditor(nullptr, dialogs, state, report);
     EXPECT_EQ(editors.opened, 1);
 }

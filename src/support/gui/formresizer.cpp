@@ -5,9 +5,7 @@
 #include <limits>
 
 #include <QAbstractButton>
-#include <QAction>
 #include <QComboBox>
-#include <QEvent>
 #include <QFont>
 #include <QFrame>
 #include <QGroupBox>
@@ -19,9 +17,9 @@
 #include <QPlainTextEdit>
 #include <QTabWidget>
 
-#include "app/frm_main.h"
-#include "environment/programstate.h"
 #include "folderview/gui/folderwidgets.h"
+
+namespace fleetwright {
 
 namespace {
 
@@ -284,21 +282,4 @@ void FormResizer::ResizeControl(QWidget *control, const QWidget *form)
         control->setGeometry(pixels(*left), pixels(*top), pixels(*width), pixels(*height));
 }
 
-ResizeController::ResizeController(frm_Main &form)
-    : QObject(&form)
-    , m_form(form)
-{
-    setObjectName(QStringLiteral("ResizeController"));
-    form.installEventFilter(this);
-    connect(form.controls().mnuResizable, &QAction::triggered, this, [this] {
-        if (m_form.state().ResizableOn)
-            m_resizer.ResizeForm(&m_form);
-    });
-}
-
-bool ResizeController::eventFilter(QObject *watched, QEvent *event)
-{
-    if (watched == &m_form && event->type() == QEvent::Resize && m_form.state().ResizableOn)
-        m_resizer.ResizeForm(&m_form);
-    return QObject::eventFilter(watched, event);
-}
+} // namespace fleetwright

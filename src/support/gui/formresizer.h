@@ -4,13 +4,12 @@
 #include <optional>
 #include <vector>
 
-#include <QObject>
 #include <QPointer>
 #include <QString>
 
-class QEvent;
 class QWidget;
-class frm_Main;
+
+namespace fleetwright {
 
 // One record of the resizing tables. A form record holds the form's outer place and size and its inner size;
 // a control record the control's place and size inside its container and its font size. All as they were at
@@ -81,20 +80,4 @@ private:
     bool ResizeBusy = false;
 };
 
-// Hangs the resizing on the main form: each resize of the window while "Program Resizable" is on runs
-// ResizeForm. Switching the option on runs it once as well, so a form not registered yet takes the size it has
-// then as its 100 percent, not the size of the first step the user drags it to.
-class ResizeController : public QObject
-{
-    Q_OBJECT
-
-public:
-    explicit ResizeController(frm_Main &form);
-
-protected:
-    bool eventFilter(QObject *watched, QEvent *event) override;
-
-private:
-    frm_Main &m_form;
-    FormResizer m_resizer;
-};
+} // namespace fleetwright

@@ -1,22 +1,20 @@
 #include "support/gui/frm_about.h"
 
-#include <QAction>
 #include <QEvent>
 #include <QFont>
-#include <QFrame>
-#include <QGridLayout>
 #include <QLabel>
 #include <QLinearGradient>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPainterPath>
 #include <QPixmap>
-#include <QVBoxLayout>
 
-#include "app/frm_main.h"
 #include "core/gui/textconvert.h"
 #include "support/operatingsystem.h"
+#include "ui_frm_about.h"
 #include "version.h"
+
+namespace fleetwright {
 
 namespace {
 
@@ -47,87 +45,36 @@ QPixmap drawLogo()
     return logo;
 }
 
-QLabel *label(QWidget *parent, const QString &name)
-{
-    auto *result = new QLabel(parent);
-    result->setObjectName(name);
-    return result;
-}
-
 } // namespace
 
 frm_About::frm_About(QWidget *parent)
     : QDialog(parent)
+    , m_ui(std::make_unique<Ui::frm_About>())
 {
-    setObjectName(QStringLiteral("frm_About"));
-    setWindowTitle(QStringLiteral("About Fleetwright"));
-    buildForm();
+    m_ui->setupUi(this);
+    m_ui->imgLogo->setPixmap(drawLogo());
+    // Twice the size of the font the platform gives, which a .ui cannot say.
+    QFont title = m_ui->lblProductName->font();
+    title.setPointSizeF(title.pointSizeF() * 2);
+    m_ui->lblProductName->setFont(title);
+    // A click anywhere closes the box, and the labels cover most of it.
+    m_ui->Frame1->installEventFilter(this);
+    for (QLabel *label : m_ui->Frame1->findChildren<QLabel *>())
+        label->installEventFilter(this);
     Form_Load();
 }
 
-void frm_About::buildForm()
-{
-    Frame1 = new QFrame(this);
-    Frame1->setObjectName(QStringLiteral("Frame1"));
-    Frame1->setFrameShape(QFrame::Box);
-    Frame1->setFrameShadow(QFrame::Sunken);
-
-    imgLogo = label(Frame1, QStringLiteral("imgLogo"));
-    imgLogo->setPixmap(drawLogo());
-    imgLogo->setAlignment(Qt::AlignTop | Qt::AlignHCenter);
-
-    lblProductName = label(Frame1, QStringLiteral("lblProductName"));
-    lblProductName->setText(QStringLiteral("Fleetwright"));
-    QFont title = lblProductName->font();
-    title.setPointSizeF(title.pointSizeF() * 2);
-    title.setBold(true);
-    lblProductName->setFont(title);
-
-    lblVERSION = label(Frame1, QStringLiteral("lblVERSION"));
-    lblPlatform = label(Frame1, QStringLiteral("lblPlatform"));
-    lblCopyright = label(Frame1, QStringLiteral("lblCopyright"));
-    lblCopyright->setText(QStringLiteral("Copyright \u00A9 2026 Corvane Tools. Free software under the GNU "
-                                         "General Public License, version 3 or later."));
-    lblDataLicence = label(Frame1, QStringLiteral("lblDataLicence"));
-    lblDataLicence->setText(QStringLiteral("Airline data: OpenFlights (Open Database License)"));
-    lblThirdParty = label(Frame1, QStringLiteral("lblThirdParty"));
-    lblThirdParty->setText(QStringLiteral("Built with Qt %1 (GNU LGPL 3.0). Licences of all parts: "
-                                          "LICENSE.txt and THIRD-PARTY-NOTICES.txt, shipped with the program.")
-                               .arg(QString::fromLatin1(qVersion())));
-    lblThirdParty->setWordWrap(true);
-
-    auto *grid = new QGridLayout(Frame1);
-    grid->setHorizontalSpacing(16);
-    grid->addWidget(imgLogo, 0, 0, 7, 1);
-    grid->addWidget(lblProductName, 0, 1);
-    grid->addWidget(lblVERSION, 1, 1);
-    grid->addWidget(lblPlatform, 2, 1);
-    grid->setRowMinimumHeight(3, 12);
-    grid->addWidget(lblCopyright, 4, 1);
-    grid->addWidget(lblDataLicence, 5, 1);
-    grid->addWidget(lblThirdParty, 6, 1);
-    grid->setColumnStretch(1, 1);
-
-    auto *layout = new QVBoxLayout(this);
-    layout->addWidget(Frame1);
-    setMinimumWidth(420);
-    layout->setSizeConstraint(QLayout::SetFixedSize);
-
-    for (QWidget *control :
-         {static_cast<QWidget *>(Frame1), static_cast<QWidget *>(imgLogo), static_cast<QWidget *>(lblProductName),
-          static_cast<QWidget *>(lblVERSION), static_cast<QWidget *>(lblPlatform), static_cast<QWidget *>(lblCopyright),
-          static_cast<QWidget *>(lblDataLicence), static_cast<QWidget *>(lblThirdParty)})
-        control->installEventFilter(this);
-}
+frm_About::~frm_About() = default;
 
 void frm_About::Form_Load()
 {
-    lblVERSION->setText(QStringLiteral("Version %1.%2.%3")
-                            .arg(fleetwright::VERSION_MAJOR)
-                            .arg(fleetwright::VERSION_MINOR)
-                            .arg(fleetwright::VERSION_REVISION));
-    const fleetwright::OperatingSystem system;
-    lblPlatform->setText(toQString(fleetwright::aboutPlatformText(system)));
+    m_ui->lblVERSION->setText(
+        QStringLiteral("Version %1.%2.%3").arg(VERSION_MAJOR).arg(VERSION_MINOR).arg(VERSION_REVISION));
+    const OperatingSystem system;
+    m_ui->lblPlatform->setText(toQString(aboutPlatformText(system)));
+    m_ui->lblThirdParty->setText(QStringLiteral("Built with Qt %1 (GNU LGPL 3.0). Licences of all parts: "
+                                                "LICENSE.txt and THIRD-PARTY-NOTICES.txt, shipped with the program.")
+                                     .arg(QString::fromLatin1(qVersion())));
 }
 
 bool frm_About::eventFilter(QObject *watched, QEvent *event)
@@ -147,16 +94,4 @@ void frm_About::mouseReleaseEvent(QMouseEvent *event)
         QDialog::mouseReleaseEvent(event);
 }
 
-AboutController::AboutController(frm_Main &form)
-    : QObject(&form)
-    , m_form(form)
-{
-    setObjectName(QStringLiteral("AboutController"));
-    connect(form.controls().mnuAboutProg, &QAction::triggered, this, &AboutController::mnuAboutProg_Click);
-}
-
-void AboutController::mnuAboutProg_Click()
-{
-    frm_About about(&m_form);
-    about.exec();
-}
+} // namespace fleetwright

@@ -1,12 +1,16 @@
 #pragma once
 
-#include <QDialog>
-#include <QObject>
+#include <memory>
 
-class QFrame;
-class QLabel;
+#include <QDialog>
+
 class QMouseEvent;
-class frm_Main;
+
+namespace Ui {
+class frm_About;
+}
+
+namespace fleetwright {
 
 // The about box: the program's name, version and maker, the operating system it runs on, and whose airline
 // data it carries. A click anywhere on it closes it.
@@ -16,36 +20,16 @@ class frm_About : public QDialog
 
 public:
     explicit frm_About(QWidget *parent = nullptr);
+    ~frm_About() override;
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
 
 private:
-    void buildForm();
     void Form_Load();
 
-    QFrame *Frame1 = nullptr;
-    QLabel *imgLogo = nullptr;
-    QLabel *lblProductName = nullptr;
-    QLabel *lblVERSION = nullptr;
-    QLabel *lblPlatform = nullptr;
-    QLabel *lblCopyright = nullptr;
-    QLabel *lblDataLicence = nullptr;
-    QLabel *lblThirdParty = nullptr;
+    std::unique_ptr<Ui::frm_About> m_ui;
 };
 
-// Shows the about box, modal, from the main form's Help menu.
-class AboutController : public QObject
-{
-    Q_OBJECT
-
-public:
-    explicit AboutController(frm_Main &form);
-
-public slots:
-    void mnuAboutProg_Click();
-
-private:
-    frm_Main &m_form;
-};
+} // namespace fleetwright

@@ -1,4 +1,4 @@
-#include "frm_texteditor.h"
+#include "support/gui/frm_texteditor.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -14,14 +14,12 @@
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QKeySequence>
-#include <QMenu>
-#include <QMenuBar>
+#include <QLayout>
 #include <QPlainTextEdit>
 #include <QPointer>
 #include <QTextBlock>
 #include <QTextCursor>
 #include <QTextDocument>
-#include <QVBoxLayout>
 
 #include "core/dialogs.h"
 #include "core/errorbox.h"
@@ -31,9 +29,11 @@
 #include "environment/simulatorenvironment.h"
 #include "platform/codepage.h"
 #include "platform/fileio.h"
+#include "ui_frm_texteditor.h"
 
 namespace fs = std::filesystem;
-using fleetwright::RuntimeError;
+
+namespace fleetwright {
 
 namespace {
 
@@ -81,7 +81,7 @@ RuntimeError fileError(const fs::path &path, bool writing)
 std::string readText(const std::u16string &fileName)
 {
     const fs::path path(fileName);
-    std::optional<std::string> bytes = fleetwright::platform::readWholeFile(path);
+    std::optional<std::string> bytes = platform::readWholeFile(path);
     if (!bytes)
         throw fileError(path, false);
     return std::move(*bytes);
@@ -90,16 +90,16 @@ std::string readText(const std::u16string &fileName)
 // The lines of an airlines.cfg as start-up keeps them.
 std::vector<std::u16string> airlineLines(const std::string &bytes)
 {
-    return fleetwright::splitAtCrLf(fleetwright::platform::fromCodePage(bytes));
+    return splitAtCrLf(platform::fromCodePage(bytes));
 }
 
-void showRuntimeFailure(fleetwright::Dialogs &dialogs, RuntimeError error, const std::u16string &procedure)
+void showRuntimeFailure(Dialogs &dialogs, RuntimeError error, const std::u16string &procedure)
 {
     error.setProcedure(procedure);
-    dialogs.critical(fleetwright::commonErrorText(error, FORM_NAME), {});
+    dialogs.critical(commonErrorText(error, FORM_NAME), {});
 }
 
-void showFileError(fleetwright::Dialogs &dialogs, const RuntimeError &error)
+void showFileError(Dialogs &dialogs, const RuntimeError &error)
 {
     const std::string number = std::to_string(error.number());
     dialogs.plain(
@@ -108,108 +108,75 @@ void showFileError(fleetwright::Dialogs &dialogs, const RuntimeError &error)
 
 } // namespace
 
-frm_TextEditor::frm_TextEditor(fleetwright::Dialogs &dialogs, QWidget *parent)
+frm_TextEditor::frm_TextEditor(Dialogs &dialogs, ProgramState &state, const TextEditorSubject &subject, QWidget *parent)
     : QDialog(parent)
+    , m_ui(std::make_unique<Ui::frm_TextEditor>())
     , m_dialogs(dialogs)
+    , m_state(state)
+    , m_subject(subject)
 {
-    setObjectName(QStringLiteral("frm_TextEditor"));
-    setWindowTitle(QStringLiteral("TextEditor"));
+    m_ui->setupUi(this);
     setWindowFlag(Qt::WindowContextHelpButtonHint, false);
     setWindowFlag(Qt::WindowMinMaxButtonsHint, true);
-    resize(720, 520);
-
-    txtData = new QPlainTextEdit(this);
-    txtData->setObjectName(QStringLiteral("txtData"));
-    QFont font(QStringLiteral("Courier New"), 10);
+    // A .ui font has no style hint: where Courier New is missing, a fixed-pitch font stands in.
+    QFont font = m_ui->txtData->font();
     font.setStyleHint(QFont::TypeWriter);
-    txtData->setFont(font);
-    txtData->setLineWrapMode(QPlainTextEdit::NoWrap);
+    m_ui->txtData->setFont(font);
+    // Only code hands a dialog's layout its menu bar. uic makes the bar before the box; raised, it follows the box
+    // among the form's children again.
+    layout()->setMenuBar(m_ui->menuBar);
+    m_ui->menuBar->raise();
+    mnuFileMRU = {m_ui->mnuFileMRU_0, m_ui->mnuFileMRU_1, m_ui->mnuFileMRU_2, m_ui->mnuFileMRU_3, m_ui->mnuFileMRU_4};
+    connectMenus();
 
-    // Equal margins on all four sides, as the box keeps them when the form is resized.
-    auto *layout = new QVBoxLayout(this);
-    layout->setContentsMargins(4, 4, 4, 4);
-    layout->addWidget(txtData);
-    buildMenus();
-
-    connect(txtData, &QPlainTextEdit::textChanged, this, &frm_TextEditor::txtData_Change);
+    connect(m_ui->txtData, &QPlainTextEdit::textChanged, this, &frm_TextEditor::txtData_Change);
     m_loaded = Form_Load();
 }
 
 frm_TextEditor::~frm_TextEditor() = default;
 
-void frm_TextEditor::buildMenus()
+// The platform's standard keys are no fixed key sequences, so they are set here rather than in the form.
+void frm_TextEditor::connectMenus()
 {
-    auto *menuBar = new QMenuBar(this);
-    layout()->setMenuBar(menuBar);
-    const auto item = [this](QMenu *menu, const char *name, const QString &caption, const QKeySequence &keys,
-                             void (frm_TextEditor::*slot)()) {
-        QAction *action = menu->addAction(caption);
-        action->setObjectName(QString::fromLatin1(name));
-        action->setShortcut(keys);
+    const auto item = [this](QAction *action, QKeySequence::StandardKey keys, void (frm_TextEditor::*slot)()) {
+        if (keys != QKeySequence::UnknownKey)
+            action->setShortcut(keys);
         connect(action, &QAction::triggered, this, slot);
-        return action;
     };
-
-    QMenu *file = menuBar->addMenu(QStringLiteral("&File"));
-    file->setObjectName(QStringLiteral("mnuFile"));
-    item(file, "mnuFileNew", QStringLiteral("&New"), QKeySequence::New, &frm_TextEditor::mnuFileNew_Click);
-    item(file, "mnuFileOpen", QStringLiteral("&Open..."), QKeySequence::Open, &frm_TextEditor::mnuFileOpen_Click);
-    item(file, "mnuFileSave", QStringLiteral("&Save"), QKeySequence::Save, &frm_TextEditor::mnuFileSave_Click);
-    item(file, "mnuFileSaveAs", QStringLiteral("Save &As..."), QKeySequence::SaveAs,
-         &frm_TextEditor::mnuFileSaveAs_Click);
-    mnuFileMRU[0] = file->addSeparator();
-    mnuFileMRU[0]->setObjectName(QStringLiteral("mnuFileMRU_0"));
-    mnuFileMRU[0]->setVisible(false);
-    for (int index = 1; index <= 4; ++index) {
-        QAction *entry = file->addAction(QString());
-        entry->setObjectName(QStringLiteral("mnuFileMRU_%1").arg(index));
-        entry->setVisible(false);
-        connect(entry, &QAction::triggered, this, [this, index] { mnuFileMRU_Click(index); });
-        mnuFileMRU[index] = entry;
-    }
-    file->addSeparator()->setObjectName(QStringLiteral("mnuFileSep"));
-    item(file, "mnuFileExit", QStringLiteral("E&xit"), QKeySequence(), &frm_TextEditor::mnuFileExit_Click);
-
-    QMenu *edit = menuBar->addMenu(QStringLiteral("&Edit"));
-    edit->setObjectName(QStringLiteral("mnuEdit"));
-    item(edit, "mnuSelectAll", QStringLiteral("&Select All"), QKeySequence::SelectAll,
-         &frm_TextEditor::mnuSelectAll_Click);
-    item(edit, "mnuEditCut", QStringLiteral("Cu&t"), QKeySequence::Cut, &frm_TextEditor::mnuEditCut_Click);
-    item(edit, "mnuEditCopy", QStringLiteral("&Copy"), QKeySequence::Copy, &frm_TextEditor::mnuEditCopy_Click);
-    item(edit, "mnuEditPaste", QStringLiteral("&Paste"), QKeySequence::Paste, &frm_TextEditor::mnuEditPaste_Click);
-
-    QMenu *search = menuBar->addMenu(QStringLiteral("&Search"));
-    search->setObjectName(QStringLiteral("mnuSearch"));
-    item(search, "mnuSearchFind", QStringLiteral("&Find..."), QKeySequence::Find, &frm_TextEditor::mnuSearchFind_Click);
-    item(search, "mnuSearchFindAgain", QStringLiteral("Find &Again"), QKeySequence(Qt::Key_F3),
-         &frm_TextEditor::mnuSearchFindAgain_Click);
+    item(m_ui->mnuFileNew, QKeySequence::New, &frm_TextEditor::mnuFileNew_Click);
+    item(m_ui->mnuFileOpen, QKeySequence::Open, &frm_TextEditor::mnuFileOpen_Click);
+    item(m_ui->mnuFileSave, QKeySequence::Save, &frm_TextEditor::mnuFileSave_Click);
+    item(m_ui->mnuFileSaveAs, QKeySequence::SaveAs, &frm_TextEditor::mnuFileSaveAs_Click);
+    for (int index = 1; index <= 4; ++index)
+        connect(mnuFileMRU[index], &QAction::triggered, this, [this, index] { mnuFileMRU_Click(index); });
+    item(m_ui->mnuFileExit, QKeySequence::UnknownKey, &frm_TextEditor::mnuFileExit_Click);
+    item(m_ui->mnuSelectAll, QKeySequence::SelectAll, &frm_TextEditor::mnuSelectAll_Click);
+    item(m_ui->mnuEditCut, QKeySequence::Cut, &frm_TextEditor::mnuEditCut_Click);
+    item(m_ui->mnuEditCopy, QKeySequence::Copy, &frm_TextEditor::mnuEditCopy_Click);
+    item(m_ui->mnuEditPaste, QKeySequence::Paste, &frm_TextEditor::mnuEditPaste_Click);
+    item(m_ui->mnuSearchFind, QKeySequence::Find, &frm_TextEditor::mnuSearchFind_Click);
+    item(m_ui->mnuSearchFindAgain, QKeySequence::UnknownKey, &frm_TextEditor::mnuSearchFindAgain_Click);
 }
 
 // A file that cannot be read here stops the form from loading; the caller shows nothing then.
 bool frm_TextEditor::Form_Load()
 {
-    const fleetwright::ProgramState &state = fleetwright::programState();
-    switch (state.EditorMode) {
-    case 1:
-        FileName = state.Fs9AirlinesPath;
+    switch (m_subject.kind) {
+    case TextEditorSubject::Kind::Fs9Airlines:
+        FileName = m_state.Fs9AirlinesPath;
         break;
-    case 2:
-        FileName = state.FsxAirlinesPath;
+    case TextEditorSubject::Kind::FsxAirlines:
+        FileName = m_state.FsxAirlinesPath;
         break;
-    case 3:
-        FileName = state.EditorFile;
-        break;
-    default:
-        FileName.clear();
+    case TextEditorSubject::Kind::File:
+        FileName = m_subject.file;
         break;
     }
-    if (state.EditorMode >= 1 && state.EditorMode <= 3) {
-        try {
-            loadText();
-        } catch (const RuntimeError &error) {
-            showRuntimeFailure(m_dialogs, error, u"Form_Load");
-            return false;
-        }
+    try {
+        loadText();
+    } catch (const RuntimeError &error) {
+        showRuntimeFailure(m_dialogs, error, u"Form_Load");
+        return false;
     }
     Dirty = false;
     return true;
@@ -224,19 +191,16 @@ bool frm_TextEditor::Form_QueryUnload()
 // read even when nothing was changed.
 void frm_TextEditor::Form_Unload()
 {
-    fleetwright::ProgramState &state = fleetwright::programState();
-    if (state.EditorMode == 1 || state.EditorMode == 2) {
-        const bool fs9 = state.EditorMode == 1;
-        try {
-            std::vector<std::u16string> lines =
-                airlineLines(readText(fs9 ? state.Fs9AirlinesPath : state.FsxAirlinesPath));
-            (fs9 ? state.Fs9Airlines : state.FsxAirlines) = std::move(lines);
-        } catch (const RuntimeError &error) {
-            showRuntimeFailure(m_dialogs, error, u"Form_Unload");
-            return;
-        }
+    if (m_subject.kind == TextEditorSubject::Kind::File)
+        return;
+    const bool fs9 = m_subject.kind == TextEditorSubject::Kind::Fs9Airlines;
+    try {
+        std::vector<std::u16string> lines =
+            airlineLines(readText(fs9 ? m_state.Fs9AirlinesPath : m_state.FsxAirlinesPath));
+        (fs9 ? m_state.Fs9Airlines : m_state.FsxAirlines) = std::move(lines);
+    } catch (const RuntimeError &error) {
+        showRuntimeFailure(m_dialogs, error, u"Form_Unload");
     }
-    state.EditorMode = 0;
 }
 
 void frm_TextEditor::reject()
@@ -289,7 +253,7 @@ bool frm_TextEditor::dataSafe()
 
 void frm_TextEditor::loadText()
 {
-    const std::u16string text = fleetwright::platform::fromCodePage(readText(FileName));
+    const std::u16string text = platform::fromCodePage(readText(FileName));
 
     QString lines;
     lines.reserve(static_cast<qsizetype>(text.size()));
@@ -310,9 +274,9 @@ void frm_TextEditor::loadText()
         lines.append(QLatin1Char('\n'));
     }
 
-    txtData->setPlainText(lines);
+    m_ui->txtData->setPlainText(lines);
     std::size_t line = 0;
-    for (QTextBlock block = txtData->document()->begin(); block.isValid(); block = block.next(), ++line)
+    for (QTextBlock block = m_ui->txtData->document()->begin(); block.isValid(); block = block.next(), ++line)
         block.setUserState(line < lineEnds.size() ? lineEnds[line] : -1);
     m_newLineEnd = lineEnds.empty() ? CR_LF : lineEnds.front();
     Dirty = false;
@@ -330,7 +294,7 @@ void frm_TextEditor::loadShowingErrors()
 QString frm_TextEditor::fileText() const
 {
     QString text;
-    for (QTextBlock block = txtData->document()->begin(); block.isValid(); block = block.next()) {
+    for (QTextBlock block = m_ui->txtData->document()->begin(); block.isValid(); block = block.next()) {
         // block.text() keeps no-break spaces, which the document's plain text turns into blanks.
         QString line = block.text();
         line.replace(QChar::LineSeparator, lineEndText(m_newLineEnd));
@@ -352,8 +316,7 @@ void frm_TextEditor::saveText()
         FileName = *chosen;
     }
     const fs::path path(FileName);
-    if (!fleetwright::platform::replaceFileAtomically(path,
-                                                      fleetwright::platform::toCodePage(toU16String(fileText())))) {
+    if (!platform::replaceFileAtomically(path, platform::toCodePage(toU16String(fileText())))) {
         showFileError(m_dialogs, fileError(path, true));
         return;
     }
@@ -386,7 +349,7 @@ void frm_TextEditor::mnuFileNew_Click()
     if (!dataSafe())
         return;
     FileName.clear();
-    txtData->clear();
+    m_ui->txtData->clear();
     m_newLineEnd = CR_LF;
     Dirty = false;
 }
@@ -433,12 +396,12 @@ void frm_TextEditor::mnuFileExit_Click()
 
 void frm_TextEditor::mnuSelectAll_Click()
 {
-    txtData->selectAll();
+    m_ui->txtData->selectAll();
 }
 
 QString frm_TextEditor::selectedText() const
 {
-    QString text = txtData->textCursor().selectedText();
+    QString text = m_ui->txtData->textCursor().selectedText();
     text.replace(QChar::ParagraphSeparator, QLatin1Char('\n'));
     text.replace(QChar::LineSeparator, QLatin1Char('\n'));
     return text;
@@ -447,7 +410,7 @@ QString frm_TextEditor::selectedText() const
 void frm_TextEditor::mnuEditCut_Click()
 {
     mnuEditCopy_Click();
-    txtData->textCursor().removeSelectedText();
+    m_ui->txtData->textCursor().removeSelectedText();
 }
 
 void frm_TextEditor::mnuEditCopy_Click()
@@ -459,23 +422,23 @@ void frm_TextEditor::mnuEditCopy_Click()
 
 void frm_TextEditor::mnuEditPaste_Click()
 {
-    QTextCursor cursor = txtData->textCursor();
+    QTextCursor cursor = m_ui->txtData->textCursor();
     cursor.insertText(QGuiApplication::clipboard()->text());
-    txtData->setTextCursor(cursor);
+    m_ui->txtData->setTextCursor(cursor);
 }
 
 bool frm_TextEditor::selectMatch(int from)
 {
     // The raw text counts one character for each line break, as the box's positions do.
-    const QString text = txtData->document()->toRawText();
+    const QString text = m_ui->txtData->document()->toRawText();
     const QString wanted = toQString(SearchText);
     const qsizetype at = text.indexOf(wanted, std::max(from, 0), Qt::CaseInsensitive);
     if (at < 0)
         return false;
-    QTextCursor cursor(txtData->document());
+    QTextCursor cursor(m_ui->txtData->document());
     cursor.setPosition(static_cast<int>(at));
     cursor.setPosition(static_cast<int>(at + wanted.size()), QTextCursor::KeepAnchor);
-    txtData->setTextCursor(cursor);
+    m_ui->txtData->setTextCursor(cursor);
     return true;
 }
 
@@ -499,7 +462,7 @@ void frm_TextEditor::mnuSearchFindAgain_Click()
     // Nothing to look for when that search was cancelled, left empty or failed (and said so already).
     if (SearchText.empty())
         return;
-    const QTextCursor cursor = txtData->textCursor();
+    const QTextCursor cursor = m_ui->txtData->textCursor();
     const int from = cursor.selectionStart() + (cursor.selectionEnd() - cursor.selectionStart()) - 1;
     if (!selectMatch(from)) {
         SearchText.clear();
@@ -512,7 +475,7 @@ void frm_TextEditor::txtData_Change()
     Dirty = true;
 }
 
-void showTextEditor(QWidget *parent, fleetwright::Dialogs &dialogs)
+void showTextEditor(QWidget *parent, Dialogs &dialogs, ProgramState &state, const TextEditorSubject &subject)
 {
     static QPointer<frm_TextEditor> open;
     if (open) {
@@ -520,31 +483,11 @@ void showTextEditor(QWidget *parent, fleetwright::Dialogs &dialogs)
         open->activateWindow();
         return;
     }
-    frm_TextEditor editor(dialogs, parent);
+    frm_TextEditor editor(dialogs, state, subject, parent);
     if (!editor.isLoaded())
         return;
     open = &editor;
     editor.exec();
-}
-
-namespace fleetwright {
-
-// The editor still reads what to open from the program state; state is that same object.
-void showTextEditor(QWidget *parent, Dialogs &dialogs, ProgramState &state, const TextEditorSubject &subject)
-{
-    switch (subject.kind) {
-    case TextEditorSubject::Kind::Fs9Airlines:
-        state.EditorMode = 1;
-        break;
-    case TextEditorSubject::Kind::FsxAirlines:
-        state.EditorMode = 2;
-        break;
-    case TextEditorSubject::Kind::File:
-        state.EditorMode = 3;
-        state.EditorFile = subject.file;
-        break;
-    }
-    ::showTextEditor(parent, dialogs);
 }
 
 } // namespace fleetwright

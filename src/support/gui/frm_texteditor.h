@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <string>
 
 #include <QDialog>
@@ -9,27 +10,42 @@
 class QAction;
 class QCloseEvent;
 class QKeyEvent;
-class QPlainTextEdit;
 
-namespace fleetwright {
-class Dialogs;
+namespace Ui {
+class frm_TextEditor;
 }
 
-// The program's own plain-text editor. What it opens comes from programState(): EditorMode 1 and 2 the
-// airlines.cfg of FS9 and FSX, 3 EditorFile, 0 nothing. Files are Windows-1252 and keep their line ends:
-// a file opened and saved unchanged keeps its bytes. After mode 1 or 2 the airline list of that simulator
-// is read in again when the editor closes, whether the text was changed or not.
+namespace fleetwright {
+
+class Dialogs;
+struct ProgramState;
+
+// What the editor opens: the airlines.cfg of FS9 or FSX, whose paths start-up keeps, or the file named.
+struct TextEditorSubject
+{
+    enum class Kind
+    {
+        Fs9Airlines,
+        FsxAirlines,
+        File,
+    } kind;
+    std::u16string file; // Kind::File only
+};
+
+// The program's own plain-text editor. Files are Windows-1252 and keep their line ends: a file opened and saved
+// unchanged keeps its bytes. After an airlines.cfg the airline list of that simulator is read into the program
+// state again when the editor closes, whether the text was changed or not.
 //
-// Boxes and file dialogs go through the Dialogs given, which must outlive the form.
+// Boxes and file dialogs go through the Dialogs given; it and the state must outlive the form.
 class frm_TextEditor : public QDialog
 {
     Q_OBJECT
 
 public:
-    explicit frm_TextEditor(fleetwright::Dialogs &dialogs, QWidget *parent = nullptr);
+    frm_TextEditor(Dialogs &dialogs, ProgramState &state, const TextEditorSubject &subject, QWidget *parent = nullptr);
     ~frm_TextEditor() override;
 
-    // False when the file of EditorMode could not be read: the failure has been shown, and the form is
+    // False when the file of the subject could not be read: the failure has been shown, and the form is
     // not to be shown.
     bool isLoaded() const { return m_loaded; }
     // The file that Save writes to; empty for a new text.
@@ -60,7 +76,7 @@ private slots:
     void txtData_Change();
 
 private:
-    void buildMenus();
+    void connectMenus();
     bool Form_Load();
     bool Form_QueryUnload();
     void Form_Unload();
@@ -75,8 +91,10 @@ private:
     QString selectedText() const;
     QString fileText() const;
 
-    fleetwright::Dialogs &m_dialogs;
-    QPlainTextEdit *txtData = nullptr;
+    std::unique_ptr<Ui::frm_TextEditor> m_ui;
+    Dialogs &m_dialogs;
+    ProgramState &m_state;
+    const TextEditorSubject m_subject;
     // mnuFileMRU(0) is the separator above the recent files, 1 to 4 the files.
     std::array<QAction *, 5> mnuFileMRU {};
     // The line end that lines added in the box get: the file's first one, CR LF when it has none.
@@ -90,28 +108,8 @@ private:
     std::u16string SearchText;
 };
 
-// Shows the editor for what programState().EditorMode names, modal over parent, and returns when it has
-// closed. One editor at a time: while one is open, a second call only brings it to the front.
-void showTextEditor(QWidget *parent, fleetwright::Dialogs &dialogs);
-
-namespace fleetwright {
-
-struct ProgramState;
-
-// What the editor is to open: one of the simulators' airlines.cfg, or the file at `file`.
-struct TextEditorSubject
-{
-    enum class Kind
-    {
-        Fs9Airlines,
-        FsxAirlines,
-        File
-    } kind;
-    std::u16string file;
-};
-
-// showTextEditor for subject; state is where the editor reads the airlines.cfg paths and writes the lists
-// back when it closes.
+// Shows the editor for subject, modal over parent, and returns when it has closed. One editor at a time: while
+// one is open, a second call only brings it to the front.
 void showTextEditor(QWidget *parent, Dialogs &dialogs, ProgramState &state, const TextEditorSubject &subject);
 
 } // namespace fleetwright
