@@ -150,9 +150,9 @@ void effectSection(RunState &state, clsIniFile &AircraftIni, const std::u16strin
         if (element.empty())
             continue;
         std::u16string path = folder;
-        if (path.empty() || path.back() != simfiles::nativeSeparator())
-            path += simfiles::nativeSeparator();
-        if (!folder.empty() && platform::FileLookup::findFile(path + simfiles::nativeSeparators(element)))
+        if (path.empty() || path.back() != nativeSeparator())
+            path += nativeSeparator();
+        if (!folder.empty() && platform::FileLookup::findFile(path + nativeSeparators(element)))
             continue;
         missing.push_back(element);
     }

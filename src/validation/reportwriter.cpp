@@ -103,7 +103,7 @@ std::string readReportBytes(const fs::path &path)
 void FindEmptyFolders(const std::u16string &path, const std::u16string &EmptyFolderRoot,
                       std::u16string &EmptyFolderList, const std::function<void()> &yieldToEvents)
 {
-    const char16_t sep = simfiles::nativeSeparator();
+    const char16_t sep = nativeSeparator();
     struct Pending
     {
         std::u16string path;

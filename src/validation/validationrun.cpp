@@ -203,8 +203,8 @@ void fillRecord(RunState &state, clsIniFile &AircraftIni, const std::u16string &
 bool hasFile(const std::u16string &folder, const std::u16string &name)
 {
     std::u16string path = folder;
-    if (!path.empty() && path.back() != simfiles::nativeSeparator())
-        path += simfiles::nativeSeparator();
+    if (!path.empty() && path.back() != nativeSeparator())
+        path += nativeSeparator();
     return platform::FileLookup::findFile(path + name).has_value();
 }
 
@@ -320,8 +320,8 @@ ValidationResult runValidation(const ValidationInput &input, clsIniFile &Aircraf
 
     state.EmptyFolderList.clear();
     std::u16string emptyFolderRoot = state.FolderPrefix;
-    if (emptyFolderRoot.empty() || emptyFolderRoot.back() != simfiles::nativeSeparator())
-        emptyFolderRoot += simfiles::nativeSeparator();
+    if (emptyFolderRoot.empty() || emptyFolderRoot.back() != nativeSeparator())
+        emptyFolderRoot += nativeSeparator();
     FindEmptyFolders(emptyFolderRoot, emptyFolderRoot, state.EmptyFolderList, input.yieldToEvents);
 
     result.reportPath = input.reportPath.empty() ? env.TempFolder + u"corvanecheck.log" : input.reportPath;
