@@ -10,7 +10,7 @@
 #include "simfiles/binaryfile.h"
 #include "validation/validationstate.h"
 
-namespace fleetwright::validation {
+namespace fleetwright {
 
 namespace {
 
@@ -159,4 +159,4 @@ void effectSection(RunState &state, clsIniFile &AircraftIni, const std::u16strin
     state.EffectFiles = std::move(missing);
 }
 
-} // namespace fleetwright::validation
+} // namespace fleetwright

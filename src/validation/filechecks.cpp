@@ -19,7 +19,7 @@
 #include "simfiles/binaryfile.h"
 #include "validation/validationstate.h"
 
-namespace fleetwright::validation {
+namespace fleetwright {
 
 namespace {
 
@@ -469,4 +469,4 @@ void airfileChecks(RunState &state)
     zeroWhenEmpty(state.AirfilesMissing);
 }
 
-} // namespace fleetwright::validation
+} // namespace fleetwright

@@ -156,11 +156,9 @@ void FindEmptyFolders(const std::u16string &path, const std::u16string &EmptyFol
         std::u16string below =
             item.path.size() > EmptyFolderRoot.size() ? item.path.substr(EmptyFolderRoot.size()) : u"";
         std::replace(below.begin(), below.end(), sep, u'\\');
-        validation::addRow(EmptyFolderList, u"..\\" + below);
+        addRow(EmptyFolderList, u"..\\" + below);
     }
 }
-
-namespace validation {
 
 namespace {
 
@@ -357,5 +355,4 @@ std::vector<std::u16string> reportLines(const RunState &state, bool &reportHasEr
     return lines;
 }
 
-} // namespace validation
 } // namespace fleetwright
