@@ -122,22 +122,22 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         before, treeState(root), [](auto &&...) { return false; }, "opening the model");
 
     // The run's look-ups, which read texture.cfg and model.cfg through ReadByteArray.
-    validation::RunState state;
+    RunState state;
     state.FolderPrefix = LCase(folder + static_cast<char16_t>(fs::path::preferred_separator));
     for (const std::u16string &texture : suffixes(aircraft, u"texture.*", 7)) {
-        validation::SectionRecord record;
+        SectionRecord record;
         record.texture = LCase(texture);
         try {
-            validation::textureState(state, record);
+            textureState(state, record);
         } catch (const RuntimeError &) {
             // Too many "..\" in a fallback: the run ends there, as it should.
         }
     }
     for (const std::u16string &model : suffixes(aircraft, u"model.*", 5)) {
-        validation::SectionRecord record;
+        SectionRecord record;
         record.model = LCase(model);
         try {
-            validation::modelState(state, record);
+            modelState(state, record);
         } catch (const RuntimeError &) {
             // A model.cfg that ReadByteArray refuses ends the run there, as it should.
         }

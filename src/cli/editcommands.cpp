@@ -242,7 +242,7 @@ int runAirTypeCommand(const std::vector<std::string> &args, std::ostream &out, s
         err << "fleetwright-check: " << *fileArgument << " is not an .air file\n";
         return CHECK_EXIT_NO_REPORT;
     }
-    const std::optional<std::filesystem::path> file = simfiles::existingFile(given.u16string());
+    const std::optional<std::filesystem::path> file = existingFile(given.u16string());
     if (!file) {
         err << "fleetwright-check: no file " << *fileArgument << "\n";
         return CHECK_EXIT_NO_REPORT;

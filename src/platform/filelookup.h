@@ -1,5 +1,8 @@
 #pragma once
 
+// Lookups of files and folders as Windows finds them, and the canonical form of paths: what the engine
+// includes for anything it looks for on disk.
+
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -8,6 +11,10 @@
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "platform/lookupsnapshot.h"
+#include "platform/namefolding.h"
+#include "platform/wildcard.h"
 
 namespace fleetwright::platform {
 
@@ -76,76 +83,5 @@ std::filesystem::path canonicalBelow(const std::filesystem::path &parent, const 
 // paths are. Both throw what those throw.
 std::filesystem::path pathOf(std::u16string_view text);
 std::u16string textOf(const std::filesystem::path &path);
-
-// While one stands, the lookups of this thread take what they once saw of the file system for the truth: each
-// folder is listed once and each path looked at once. It is meant for one operation over a tree that nothing
-// else changes meanwhile, such as checking an aircraft folder, which asks about the same folders hundreds of
-// times. What the operation itself makes or removes it names with forget; after anything that may have changed the
-// disk (the user's events served), forgetAll. Snapshots nest, the outermost one holds what was seen. On
-// Windows the system's own lookup still answers every wildcard lookup and resolve.
-class LookupSnapshot
-{
-public:
-    LookupSnapshot();
-    ~LookupSnapshot();
-    LookupSnapshot(const LookupSnapshot &) = delete;
-    LookupSnapshot &operator=(const LookupSnapshot &) = delete;
-
-    // The file at path (as resolve gives it) was made or removed: its folder is listed again, path looked at
-    // again, and every path resolved anew.
-    static void forget(const std::filesystem::path &path);
-    static void forgetAll();
-    // Everything seen inside folder, under any spelling of its path, is looked at again; what lies outside
-    // it is kept. For a run over many folders side by side that holds one snapshot for the folders around
-    // them, which it would otherwise list again for every one.
-    static void forgetBelow(const std::filesystem::path &folder);
-    // A number that names what the open snapshot has seen: it changes when a snapshot opens and with every
-    // forget, and is 0 while none is open. Whoever keeps what it read of files for the length of a snapshot
-    // keys it by this.
-    static std::uint64_t generation();
-};
-
-// Windows' wildcard rules, compared without regard to case: "*" stands for any run of characters and "?" for
-// one; "?" before a point or at the end of the name may also stand for nothing, a pattern point before "*",
-// "?" or the pattern's end also matches the end of the name ("texture.*" matches "texture"), and "*" before a
-// point does not reach past the name's last point, so "*." matches only names without a point.
-bool matchesWildcard(std::u16string_view pattern, std::u16string_view name);
-
-struct PatternItem;
-
-// A pattern of matchesWildcard read once, for matching many names.
-class WildcardPattern
-{
-public:
-    explicit WildcardPattern(std::u16string_view pattern);
-    ~WildcardPattern();
-    bool matches(std::u16string_view name) const;
-
-private:
-    // Most patterns are "*", a plain name, "*" before a plain ending or a plain name before ".*": those need
-    // no matcher.
-    enum class Form
-    {
-        General,
-        Any,
-        Exact,
-        Ending,
-        NameAndAnyExtension,
-    };
-
-    std::vector<PatternItem> m_items;
-    Form m_form = Form::General;
-    std::u16string m_literal; // the plain name or ending, in upper case
-    mutable std::vector<signed char> m_memo;
-};
-
-// Upper case of one character for name comparison, as NTFS compares names: ASCII letters, the Latin-1
-// letters and the other letters of Windows-1252 (š, œ, ž, ÿ) fold; ß, µ, ÷ and × stay.
-char16_t foldNameChar(char16_t ch);
-std::u16string foldName(std::u16string_view name);
-bool sameNameIgnoringCase(std::u16string_view a, std::u16string_view b);
-
-// NTFS listing order: ordinal comparison of the upper-cased names (names equal so are ordered ordinally).
-bool listingOrderLess(std::u16string_view a, std::u16string_view b);
 
 } // namespace fleetwright::platform

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "platform/fileio.h"
-#include "platform/filelookup.h"
+#include "platform/namefolding.h"
 #include "platform/utf8.h"
 
 namespace fleetwright::platform {

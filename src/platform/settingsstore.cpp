@@ -8,7 +8,7 @@
 #include <system_error>
 
 #include "core/runtimeerror.h"
-#include "platform/filelookup.h"
+#include "platform/namefolding.h"
 
 namespace fleetwright::platform {
 

@@ -14,7 +14,6 @@
 namespace fleetwright {
 
 namespace fs = std::filesystem;
-using simfiles::existingFile;
 
 namespace {
 
@@ -75,8 +74,7 @@ AirFileReading ReadAirFile(const std::u16string &folder, AirFileState &state, Di
     std::optional<fs::path> file;
     try {
         if (!state.AirFileName.empty())
-            state.AirFileName =
-                folder + simfiles::nativeSeparator() + simfiles::nativeSeparators(state.AirFileName) + u".air";
+            state.AirFileName = folder + nativeSeparator() + nativeSeparators(state.AirFileName) + u".air";
         file = existingFile(state.AirFileName);
     } catch (const fs::filesystem_error &) {
         // A name the file system cannot take at all.
@@ -178,7 +176,7 @@ void ReadByteArray(const std::u16string &path, std::vector<std::uint8_t> &bytes)
     if (platform::isReadOnly(*file))
         throw RuntimeError(75, u"Path/File access error");
     // Written over the start and not truncated: the file keeps its length, its last three bytes stand twice.
-    if (!simfiles::writeBytesAt(*file, 0, std::string_view(*content).substr(3)))
+    if (!writeBytesAt(*file, 0, std::string_view(*content).substr(3)))
         throw RuntimeError(70, u"Permission denied");
 }
 

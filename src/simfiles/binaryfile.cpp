@@ -5,7 +5,7 @@
 
 #include "platform/filelookup.h"
 
-namespace fleetwright::simfiles {
+namespace fleetwright {
 
 namespace fs = std::filesystem;
 using platform::FileLookup;
@@ -53,4 +53,4 @@ bool writeBytesAt(const fs::path &path, std::uint64_t offset, std::string_view b
     return static_cast<bool>(file);
 }
 
-} // namespace fleetwright::simfiles
+} // namespace fleetwright

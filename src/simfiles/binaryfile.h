@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace fleetwright::simfiles {
+namespace fleetwright {
 
 // The path separator of the platform, for paths that the rules build with "\".
 char16_t nativeSeparator();
@@ -23,4 +23,4 @@ std::optional<std::filesystem::path> existingFile(const std::u16string &path);
 // False when the file cannot be opened for writing or the write fails.
 bool writeBytesAt(const std::filesystem::path &path, std::uint64_t offset, std::string_view bytes);
 
-} // namespace fleetwright::simfiles
+} // namespace fleetwright

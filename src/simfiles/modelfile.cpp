@@ -15,9 +15,6 @@
 namespace fleetwright {
 
 namespace fs = std::filesystem;
-using simfiles::existingFile;
-using simfiles::nativeSeparator;
-using simfiles::nativeSeparators;
 
 namespace {
 

@@ -10,7 +10,7 @@
 #include "simfiles/binaryfile.h"
 #include "validation/validationstate.h"
 
-namespace fleetwright::validation {
+namespace fleetwright {
 
 namespace {
 
@@ -150,13 +150,13 @@ void effectSection(RunState &state, clsIniFile &AircraftIni, const std::u16strin
         if (element.empty())
             continue;
         std::u16string path = folder;
-        if (path.empty() || path.back() != simfiles::nativeSeparator())
-            path += simfiles::nativeSeparator();
-        if (!folder.empty() && platform::FileLookup::findFile(path + simfiles::nativeSeparators(element)))
+        if (path.empty() || path.back() != nativeSeparator())
+            path += nativeSeparator();
+        if (!folder.empty() && platform::FileLookup::findFile(path + nativeSeparators(element)))
             continue;
         missing.push_back(element);
     }
     state.EffectFiles = std::move(missing);
 }
 
-} // namespace fleetwright::validation
+} // namespace fleetwright

@@ -19,7 +19,7 @@
 #include "simfiles/binaryfile.h"
 #include "validation/validationstate.h"
 
-namespace fleetwright::validation {
+namespace fleetwright {
 
 namespace {
 
@@ -31,7 +31,7 @@ constexpr std::u16string_view AliasingNoteText = u" (fallback.x aliasing used in
 
 char16_t sep()
 {
-    return simfiles::nativeSeparator();
+    return nativeSeparator();
 }
 
 std::u16string joinPath(const std::u16string &folder, const std::u16string &name)
@@ -186,7 +186,7 @@ int modelFileState(const std::u16string &folder, std::u16string normal)
     normal = StripComment(normal);
     if (LCase(std::u16string_view(normal).substr(normal.size() >= 3 ? normal.size() - 3 : 0)) != u"mdl")
         normal += u".mdl";
-    return FileLookup::findFile(joinPath(folder, simfiles::nativeSeparators(normal))) ? StatePresent : StateMissing;
+    return FileLookup::findFile(joinPath(folder, nativeSeparators(normal))) ? StatePresent : StateMissing;
 }
 
 FileLookup subfolderNames(const std::u16string &folder, const std::u16string &procedure)
@@ -313,7 +313,7 @@ void textureState(RunState &state, SectionRecord &record)
         return;
     }
     // A blank field ends T in "texture.", which the lookup reads as the folder "texture".
-    const std::u16string T = state.FolderPrefix + u"texture." + simfiles::nativeSeparators(*record.texture);
+    const std::u16string T = state.FolderPrefix + u"texture." + nativeSeparators(*record.texture);
     record.textureState = StateMissing;
     if (!FileLookup::exists(T, LookupKind::FilesAndFolders))
         return;
@@ -336,8 +336,7 @@ void textureState(RunState &state, SectionRecord &record)
     const long long keep = FindNthOccurrence(n + 1 - m, T, std::u16string(1, sep()));
     if (keep < 0)
         throw RuntimeError(5, u"Invalid procedure call or argument", std::u16string(ProcedureName));
-    const std::u16string F =
-        T.substr(0, static_cast<std::size_t>(keep)) + simfiles::nativeSeparators(withoutAll(V, u"..\\"));
+    const std::u16string F = T.substr(0, static_cast<std::size_t>(keep)) + nativeSeparators(withoutAll(V, u"..\\"));
     record.textureState = holdsPictures(F) ? StatePresent : StateMissing;
 }
 
@@ -348,7 +347,7 @@ void airfileState(RunState &state, SectionRecord &record)
         state.AnyAirfileUndefined = true;
         return;
     }
-    const std::u16string A = state.FolderPrefix + simfiles::nativeSeparators(*record.sim) + u".air";
+    const std::u16string A = state.FolderPrefix + nativeSeparators(*record.sim) + u".air";
     record.airfileState = FileLookup::findFile(A) ? StatePresent : StateMissing;
 }
 
@@ -359,9 +358,8 @@ void modelState(RunState &state, SectionRecord &record)
         state.AnyModelUndefined = true;
         return;
     }
-    const std::u16string M = record.model->empty()
-        ? state.FolderPrefix + u"model"
-        : state.FolderPrefix + u"model." + simfiles::nativeSeparators(*record.model);
+    const std::u16string M = record.model->empty() ? state.FolderPrefix + u"model"
+                                                   : state.FolderPrefix + u"model." + nativeSeparators(*record.model);
     record.modelState = StateMissing;
     if (!FileLookup::exists(M, LookupKind::FilesAndFolders))
         return;
@@ -377,7 +375,7 @@ void modelState(RunState &state, SectionRecord &record)
     if (L.empty())
         return;
     // An alias is relative to the folder that holds the aircraft folders.
-    L = simfiles::nativeSeparators(StripComment(L));
+    L = nativeSeparators(StripComment(L));
     if (L.empty() || L.front() != sep())
         L.insert(L.begin(), sep());
     std::u16string above = state.FolderPrefix.substr(0, state.FolderPrefix.empty() ? 0 : state.FolderPrefix.size() - 1);
@@ -471,4 +469,4 @@ void airfileChecks(RunState &state)
     zeroWhenEmpty(state.AirfilesMissing);
 }
 
-} // namespace fleetwright::validation
+} // namespace fleetwright

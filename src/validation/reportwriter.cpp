@@ -103,7 +103,7 @@ std::string readReportBytes(const fs::path &path)
 void FindEmptyFolders(const std::u16string &path, const std::u16string &EmptyFolderRoot,
                       std::u16string &EmptyFolderList, const std::function<void()> &yieldToEvents)
 {
-    const char16_t sep = simfiles::nativeSeparator();
+    const char16_t sep = nativeSeparator();
     struct Pending
     {
         std::u16string path;
@@ -156,11 +156,9 @@ void FindEmptyFolders(const std::u16string &path, const std::u16string &EmptyFol
         std::u16string below =
             item.path.size() > EmptyFolderRoot.size() ? item.path.substr(EmptyFolderRoot.size()) : u"";
         std::replace(below.begin(), below.end(), sep, u'\\');
-        validation::addRow(EmptyFolderList, u"..\\" + below);
+        addRow(EmptyFolderList, u"..\\" + below);
     }
 }
-
-namespace validation {
 
 namespace {
 
@@ -357,5 +355,4 @@ std::vector<std::u16string> reportLines(const RunState &state, bool &reportHasEr
     return lines;
 }
 
-} // namespace validation
 } // namespace fleetwright

@@ -17,8 +17,6 @@
 
 namespace fleetwright {
 
-namespace validation {
-
 void addRow(std::u16string &list, const std::u16string &row)
 {
     if (list.empty())
@@ -57,7 +55,7 @@ void increment(std::int16_t &counter)
     ++counter;
 }
 
-double leadingNumber(std::u16string_view text)
+double leadingDecimal(std::u16string_view text)
 {
     std::size_t i = 0;
     auto skipBlanks = [&] {
@@ -95,14 +93,14 @@ double optionValue(const RunState &state, int index)
 {
     if (index < 0 || static_cast<std::size_t>(index) >= state.options.size())
         return 0;
-    return leadingNumber(state.options[static_cast<std::size_t>(index)]);
+    return leadingDecimal(state.options[static_cast<std::size_t>(index)]);
 }
 
 void checkNumbering(RunState &state, std::size_t index)
 {
     SectionRecord &record = state.SectionTable[index];
     const std::u16string_view name = record.sectionName;
-    const double number = leadingNumber(name.size() > 7 ? name.substr(7) : std::u16string_view());
+    const double number = leadingDecimal(name.size() > 7 ? name.substr(7) : std::u16string_view());
     if (number == static_cast<double>(index)) {
         record.numberingState = 1;
         return;
@@ -152,11 +150,7 @@ void titlePass(RunState &state)
     zeroWhenEmpty(state.TitleDuplicates);
 }
 
-} // namespace validation
-
 namespace {
-
-using namespace validation;
 
 std::u16string lowerPrefix7(const std::u16string &name)
 {
@@ -203,8 +197,8 @@ void fillRecord(RunState &state, clsIniFile &AircraftIni, const std::u16string &
 bool hasFile(const std::u16string &folder, const std::u16string &name)
 {
     std::u16string path = folder;
-    if (!path.empty() && path.back() != simfiles::nativeSeparator())
-        path += simfiles::nativeSeparator();
+    if (!path.empty() && path.back() != nativeSeparator())
+        path += nativeSeparator();
     return platform::FileLookup::findFile(path + name).has_value();
 }
 
@@ -248,7 +242,7 @@ ValidationResult runValidation(const ValidationInput &input, clsIniFile &Aircraf
         chooseFs9(false);
     } else if (input.choice != SimulatorChoice::Ask || input.BatchRunning) {
         chooseFs9(input.choice == SimulatorChoice::Fs9);
-    } else if (leadingNumber(state.options[9] + state.options[10] + state.options[11] + state.options[21]) > 0) {
+    } else if (leadingDecimal(state.options[9] + state.options[10] + state.options[11] + state.options[21]) > 0) {
         const int button = dialogs.threeButtonQuestion(u"Select which flightsim version should be used...",
                                                        u"Validate Aircraft: Select FS-Version for ATC/Effects Analysis",
                                                        u"FS9", u"FSX", u"Cancel");
@@ -320,8 +314,8 @@ ValidationResult runValidation(const ValidationInput &input, clsIniFile &Aircraf
 
     state.EmptyFolderList.clear();
     std::u16string emptyFolderRoot = state.FolderPrefix;
-    if (emptyFolderRoot.empty() || emptyFolderRoot.back() != simfiles::nativeSeparator())
-        emptyFolderRoot += simfiles::nativeSeparator();
+    if (emptyFolderRoot.empty() || emptyFolderRoot.back() != nativeSeparator())
+        emptyFolderRoot += nativeSeparator();
     FindEmptyFolders(emptyFolderRoot, emptyFolderRoot, state.EmptyFolderList, input.yieldToEvents);
 
     result.reportPath = input.reportPath.empty() ? env.TempFolder + u"corvanecheck.log" : input.reportPath;

@@ -15,8 +15,6 @@ namespace fleetwright {
 class clsIniFile;
 struct ValidationInput;
 
-namespace validation {
-
 inline constexpr char16_t ListSeparator = u'\u00A6';
 inline constexpr std::u16string_view ProcedureName = u"mnuValidate_Click";
 
@@ -86,8 +84,9 @@ void zeroWhenEmpty(std::u16string &list);
 void increment(std::int16_t &counter);
 // The numeric value of an option entry, as the run reads it.
 double optionValue(const RunState &state, int index);
-// Leading number of a text as the run time's Val reads it: blanks skipped, 0 for no digits.
-double leadingNumber(std::u16string_view text);
+// The decimal number a text starts with, as the run reads it: blanks skipped, no exponent or hexadecimal
+// form (unlike leadingNumber), 0 for no digits.
+double leadingDecimal(std::u16string_view text);
 
 // Section and title checks.
 void checkNumbering(RunState &state, std::size_t index);
@@ -110,5 +109,4 @@ void effectSection(RunState &state, clsIniFile &AircraftIni, const std::u16strin
 // The report body and frame, ready to be written; sets reportHasErrors.
 std::vector<std::u16string> reportLines(const RunState &state, bool &reportHasErrors);
 
-} // namespace validation
 } // namespace fleetwright

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/filelookupcache.h"
+#include "platform/lookupsnapshot.h"
 
 namespace fleetwright::platform {
 
@@ -59,13 +59,13 @@ std::vector<fs::path> otherSpellings(const fs::path &folder, const std::string &
         return {};
     std::vector<fs::path> names;
     const std::string listed = folder.empty() ? std::string(".") : folder.native();
-    const auto entries = lookupcache::listing(listed);
+    const auto entries = listing(listed);
     for (const std::uint32_t index : entries->alike(*wantedWide)) {
-        const lookupcache::ListedEntry &entry = entries->entries[index];
+        const ListedEntry &entry = entries->entries[index];
         if (entry.name == wanted)
             continue;
         std::error_code statusError;
-        if (isKind(lookupcache::statusOf(listed, entry, statusError), kind))
+        if (isKind(statusOf(listed, entry, statusError), kind))
             names.emplace_back(entry.name);
     }
     return names;
@@ -83,13 +83,13 @@ std::optional<fs::path> resolveBelow(const fs::path &current, const std::vector<
     std::error_code error;
     if (component.empty()) {
         // A trailing separator: what stands before it must be a folder.
-        if (!fs::is_directory(lookupcache::status(current.empty() ? std::string(".") : current.native(), error)))
+        if (!fs::is_directory(status(current.empty() ? std::string(".") : current.native(), error)))
             return std::nullopt;
         return resolveBelow(current / fs::path(), components, index + 1);
     }
     if (component == "." || component == "..") {
         const fs::path next = current / component;
-        if (!fs::is_directory(lookupcache::status(next.native(), error)))
+        if (!fs::is_directory(status(next.native(), error)))
             return std::nullopt;
         return resolveBelow(next, components, index + 1);
     }
@@ -97,7 +97,7 @@ std::optional<fs::path> resolveBelow(const fs::path &current, const std::vector<
     if (name.empty())
         return std::nullopt;
     const LookupKind kind = last ? LookupKind::FilesAndFolders : LookupKind::Folders;
-    if (const fs::path exact = current / name; isKind(lookupcache::status(exact.native(), error), kind)) {
+    if (const fs::path exact = current / name; isKind(status(exact.native(), error), kind)) {
         if (std::optional<fs::path> resolved = resolveBelow(exact, components, index + 1))
             return resolved;
     }
@@ -109,24 +109,24 @@ std::optional<fs::path> resolveBelow(const fs::path &current, const std::vector<
 }
 
 // Most lookups find nothing: they share one empty list.
-lookupcache::Names noNames()
+FoundNames noNames()
 {
-    static const lookupcache::Names none = std::make_shared<const std::vector<std::u16string>>();
+    static const FoundNames none = std::make_shared<const std::vector<std::u16string>>();
     return none;
 }
 
 // The names in a listing of folder that match pattern and are of kind, in listing order.
-lookupcache::Names matchingNames(const std::string &folder, const std::shared_ptr<const lookupcache::Listing> &entries,
-                                 std::u16string_view pattern, LookupKind kind)
+FoundNames matchingNames(const std::string &folder, const std::shared_ptr<const Listing> &entries,
+                         std::u16string_view pattern, LookupKind kind)
 {
     std::vector<std::u16string> names;
     const WildcardPattern matcher(pattern);
     for (const std::uint32_t index : entries->sorted) {
-        const lookupcache::ListedEntry &entry = entries->entries[index];
+        const ListedEntry &entry = entries->entries[index];
         if (!matcher.matches(*entry.wide))
             continue;
         std::error_code statusError;
-        if (isKind(lookupcache::statusOf(folder, entry, statusError), kind)) {
+        if (isKind(statusOf(folder, entry, statusError), kind)) {
             if (names.empty())
                 names.reserve(entries->sorted.size());
             names.push_back(*entry.wide);
@@ -136,7 +136,7 @@ lookupcache::Names matchingNames(const std::string &folder, const std::shared_pt
 }
 
 // The names of a wildcard lookup, in listing order.
-lookupcache::Names lookupNames(const fs::path &wildcardPath, LookupKind kind)
+FoundNames lookupNames(const fs::path &wildcardPath, LookupKind kind)
 {
     const std::optional<std::u16string> pattern = wideName(wildcardPath.filename());
     if (!pattern || pattern->empty())
@@ -148,7 +148,7 @@ lookupcache::Names lookupNames(const fs::path &wildcardPath, LookupKind kind)
             return noNames();
         listed = resolved->native();
     }
-    return matchingNames(listed, lookupcache::listing(listed), *pattern, kind);
+    return matchingNames(listed, listing(listed), *pattern, kind);
 }
 
 // Whether a folder on the way to folder (a path as resolve gives it) holds another entry named like the one
@@ -156,14 +156,14 @@ lookupcache::Names lookupNames(const fs::path &wildcardPath, LookupKind kind)
 // snapshot's index of the listings that cannot be told, and a turn is assumed.
 bool turnsAbove(const fs::path &folder)
 {
-    if (const std::optional<bool> known = lookupcache::knownTurns(folder.native()))
+    if (const std::optional<bool> known = knownTurns(folder.native()))
         return *known;
     bool turns = false;
     fs::path current = folder.root_path();
     for (const fs::path &component : folder.relative_path()) {
         const std::string &name = component.native();
         if (!name.empty() && name != "." && name != "..") {
-            const auto listed = lookupcache::listing(current.empty() ? std::string(".") : current.native());
+            const auto listed = listing(current.empty() ? std::string(".") : current.native());
             const std::optional<std::u16string> wide = wideName(component);
             if (!listed->kept || !wide || listed->alike(*wide).size() > 1) {
                 turns = true;
@@ -172,7 +172,7 @@ bool turnsAbove(const fs::path &folder)
         }
         current /= component;
     }
-    lookupcache::keepTurns(folder.native(), turns);
+    keepTurns(folder.native(), turns);
     return turns;
 }
 
@@ -191,10 +191,10 @@ std::optional<fs::path> resolveUncached(const fs::path &path)
     const bool below = !last.empty() && last != "." && last != ".." && !parent.empty() && parent != path
         && parent.lexically_normal() == parent;
     // A folder known under another spelling does not stand as written, nor does anything in it.
-    const std::optional<fs::path> *knownParent = below ? lookupcache::knownResolve(parent.native()) : nullptr;
+    const std::optional<fs::path> *knownParent = below ? knownResolve(parent.native()) : nullptr;
     const bool parentElsewhere = knownParent && *knownParent && (*knownParent)->native() != parent.native();
     std::error_code error;
-    if (plain && !parentElsewhere && fs::exists(lookupcache::status(path.native(), error)))
+    if (plain && !parentElsewhere && fs::exists(status(path.native(), error)))
         return path;
     // The search goes through the folder's own candidates in the same order, and no candidate before the
     // folder's answer leads anywhere: so the answer lies below the folder's answer, if there. Only when it
@@ -215,21 +215,21 @@ std::optional<fs::path> resolveUncached(const fs::path &path)
 
 FileLookup::FileLookup(const fs::path &wildcardPath, LookupKind kind)
 {
-    m_names = lookupcache::knownNames(wildcardPath.native(), kind);
+    m_names = knownNames(wildcardPath.native(), kind);
     if (m_names)
         return;
     m_names = lookupNames(wildcardPath, kind);
-    lookupcache::keepNames(wildcardPath.native(), kind, m_names);
+    keepNames(wildcardPath.native(), kind, m_names);
 }
 
 std::optional<fs::path> FileLookup::resolve(const fs::path &path)
 {
     if (path.empty())
         return std::nullopt;
-    if (const std::optional<fs::path> *known = lookupcache::knownResolve(path.native()))
+    if (const std::optional<fs::path> *known = knownResolve(path.native()))
         return *known;
     std::optional<fs::path> resolved = resolveUncached(path);
-    lookupcache::keepResolve(path.native(), resolved);
+    keepResolve(path.native(), resolved);
     return resolved;
 }
 
@@ -283,7 +283,7 @@ std::optional<std::optional<fs::path>> resolveEntry(const std::u16string &text)
     const std::size_t folderSize = exact.size();
     exact += entry->second;
     std::error_code error;
-    if (fs::exists(lookupcache::status(exact, error)))
+    if (fs::exists(status(exact, error)))
         return std::optional<fs::path>(std::move(exact));
     const std::vector<fs::path> spellings = otherSpellings(**folder, entry->second, LookupKind::FilesAndFolders);
     if (!spellings.empty()) {
@@ -299,16 +299,16 @@ const std::optional<fs::path> *resolveKept(const std::u16string &text)
 {
     if (LookupSnapshot::generation() == 0)
         return nullptr;
-    if (const std::optional<fs::path> *known = lookupcache::knownResolve(text))
+    if (const std::optional<fs::path> *known = knownResolve(text))
         return known;
     if (std::optional<std::optional<fs::path>> found = resolveEntry(text))
-        return lookupcache::keepResolve(text, std::move(*found));
-    return lookupcache::keepResolve(text, text.empty() ? std::nullopt : FileLookup::resolve(pathOf(text)));
+        return keepResolve(text, std::move(*found));
+    return keepResolve(text, text.empty() ? std::nullopt : FileLookup::resolve(pathOf(text)));
 }
 
 // The names of a wildcard lookup in the engine's text whose folder part is plain, from the folder's answer;
 // nothing without a snapshot or for other texts.
-lookupcache::Names namesInEntryFolder(const std::u16string &wildcardPath, LookupKind kind)
+FoundNames namesInEntryFolder(const std::u16string &wildcardPath, LookupKind kind)
 {
     const std::size_t slash = wildcardPath.rfind(u'/');
     // The folder part is what parent_path leaves, and resolve takes it in any form.
@@ -325,20 +325,20 @@ lookupcache::Names namesInEntryFolder(const std::u16string &wildcardPath, Lookup
     if (!*folder)
         return noNames();
     const std::string &listed = (*folder)->native();
-    return matchingNames(listed, lookupcache::listing(listed), pattern, kind);
+    return matchingNames(listed, listing(listed), pattern, kind);
 }
 
 } // namespace
 
 FileLookup::FileLookup(const std::u16string &wildcardPath, LookupKind kind)
 {
-    m_names = lookupcache::knownNames(wildcardPath, kind);
+    m_names = knownNames(wildcardPath, kind);
     if (m_names)
         return;
     m_names = namesInEntryFolder(wildcardPath, kind);
     if (!m_names)
         m_names = FileLookup(pathOf(wildcardPath), kind).m_names;
-    lookupcache::keepNames(wildcardPath, kind, m_names);
+    keepNames(wildcardPath, kind, m_names);
 }
 
 std::optional<fs::path> FileLookup::resolve(const std::u16string &path)
@@ -352,7 +352,7 @@ bool FileLookup::exists(const fs::path &path, LookupKind kind)
 {
     const std::optional<fs::path> resolved = resolve(path);
     std::error_code error;
-    return resolved && isKind(lookupcache::status(resolved->native(), error), kind);
+    return resolved && isKind(status(resolved->native(), error), kind);
 }
 
 bool FileLookup::canList(const std::u16string &folder)
@@ -369,7 +369,7 @@ bool FileLookup::exists(const std::u16string &path, LookupKind kind)
     if (!kept)
         return exists(pathOf(path), kind);
     std::error_code error;
-    return *kept && isKind(lookupcache::status((*kept)->native(), error), kind);
+    return *kept && isKind(status((*kept)->native(), error), kind);
 }
 
 } // namespace fleetwright::platform
