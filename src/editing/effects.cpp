@@ -5,6 +5,7 @@
 #include "core/clsinifile.h"
 #include "core/dialogs.h"
 #include "core/runtimeerror.h"
+#include "core/vbtext.h"
 
 namespace fleetwright {
 

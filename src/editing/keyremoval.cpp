@@ -6,6 +6,7 @@
 #include "core/arraysearch.h"
 #include "core/clsinifile.h"
 #include "core/runtimeerror.h"
+#include "core/vbtext.h"
 #include "environment/startupsettings.h"
 
 namespace fleetwright {

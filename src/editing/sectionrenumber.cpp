@@ -7,6 +7,7 @@
 #include "core/clsinifile.h"
 #include "core/dialogs.h"
 #include "core/runtimeerror.h"
+#include "core/vbtext.h"
 #include "platform/codepage.h"
 #include "platform/fileio.h"
 #include "platform/filelookup.h"

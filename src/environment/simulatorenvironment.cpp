@@ -10,6 +10,7 @@
 #include "core/arraysearch.h"
 #include "core/clsinifile.h"
 #include "core/runtimeerror.h"
+#include "core/vbtext.h"
 #include "environment/startupsettings.h"
 #include "platform/codepage.h"
 #include "platform/fileio.h"

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "core/runtimeerror.h"
+#include "core/vbtext.h"
 #include "platform/codepage.h"
 #include "platform/filelookup.h"
 #include "platform/tempfolder.h"
@@ -214,15 +215,6 @@ std::optional<ManualLocation> findManual(std::u16string_view programFolder)
         return ManualLocation {found.u16string(), found.parent_path().u16string()};
     }
     return std::nullopt;
-}
-
-std::u16string Trim(std::u16string_view text)
-{
-    while (!text.empty() && text.front() == u' ')
-        text.remove_prefix(1);
-    while (!text.empty() && text.back() == u' ')
-        text.remove_suffix(1);
-    return std::u16string(text);
 }
 
 } // namespace fleetwright

@@ -8,7 +8,7 @@
 #include "core/arraysearch.h"
 #include "core/clsinifile.h"
 #include "core/runtimeerror.h"
-#include "folderview/numbertext.h"
+#include "core/vbtext.h"
 #include "platform/filelookup.h"
 
 namespace fleetwright {
@@ -51,14 +51,6 @@ constexpr ColumnKey COLUMN_KEYS[] = {
     {u"atc_model", GridColumn::AtcModel},
     {u"texture", GridColumn::Texture},
 };
-
-std::u16string_view trimBlanks(std::u16string_view text)
-{
-    const std::size_t first = text.find_first_not_of(u' ');
-    if (first == std::u16string_view::npos)
-        return {};
-    return text.substr(first, text.find_last_not_of(u' ') - first + 1);
-}
 
 std::u16string slashesToBackslashes(std::u16string text)
 {
@@ -268,7 +260,7 @@ void FolderReader::readOtherSection(const std::u16string &name)
         const std::u16string lowerKey = LCase(key);
         m_ini.setKey(key);
         if (lowerKey == u"wing_span") {
-            m_result.txt_WingSpan_Org = numberText(leadingNumber(m_ini.Value()), m_input.decimalSeparator);
+            m_result.txt_WingSpan_Org = numberText(Val(m_ini.Value()), m_input.decimalSeparator);
             m_result.WingSpanSection = name;
         }
         // Whatever goes wrong below is skipped until the key is done; handling the key also leaves the load
@@ -297,13 +289,13 @@ void FolderReader::readExit(std::size_t exit, const std::u16string &value)
             continue;
         }
         const std::u16string &part = parts[k];
-        const std::u16string_view trimmed = trimBlanks(part);
+        const std::u16string trimmed = Trim(part);
         // Cut at the first blank of the part as it stands, blank before the number and all, so " 0 // door"
         // gives "0" and " 12.5 //x" gives "1". Kept as users have always seen it.
-        if (trimmed.find(u' ') != std::u16string_view::npos)
-            fields[k] = std::u16string(trimmed.substr(0, part.find(u' ') + 1));
+        if (trimmed.find(u' ') != std::u16string::npos)
+            fields[k] = trimmed.substr(0, part.find(u' ') + 1);
         else
-            fields[k] = std::u16string(trimmed);
+            fields[k] = trimmed;
     }
     const std::size_t note = value.find(u"//");
     if (note == std::u16string::npos)

@@ -6,6 +6,7 @@
 #include "core/arraysearch.h"
 #include "core/clsinifile.h"
 #include "core/runtimeerror.h"
+#include "core/vbtext.h"
 #include "platform/filelookup.h"
 #include "simfiles/binaryfile.h"
 #include "validation/validationstate.h"
@@ -29,14 +30,6 @@ bool IsListedAirline(const std::vector<std::u16string> &list, const std::u16stri
 bool startsWith(std::u16string_view text, std::u16string_view start)
 {
     return text.substr(0, start.size()) == start;
-}
-
-std::u16string trimBlanks(std::u16string_view text)
-{
-    const std::size_t first = text.find_first_not_of(u' ');
-    if (first == std::u16string_view::npos)
-        return {};
-    return std::u16string(text.substr(first, text.find_last_not_of(u' ') - first + 1));
 }
 
 // The file an effect key stands for when its value is only a switch. Keys without one (fueldump,
@@ -127,15 +120,15 @@ void effectSection(RunState &state, clsIniFile &AircraftIni, const std::u16strin
             if (const std::u16string *file = defaultEffectFile(key))
                 state.CurrentEffectFile = *file;
         } else {
-            state.CurrentEffectFile = trimBlanks(value);
+            state.CurrentEffectFile = Trim(value);
         }
-        if (trimBlanks(state.CurrentEffectFile).empty()) {
+        if (Trim(state.CurrentEffectFile).empty()) {
             element.clear();
             continue;
         }
         const std::size_t comma = state.CurrentEffectFile.find(u',');
         if (comma != std::u16string::npos)
-            state.CurrentEffectFile = trimBlanks(std::u16string_view(state.CurrentEffectFile).substr(0, comma));
+            state.CurrentEffectFile = Trim(std::u16string_view(state.CurrentEffectFile).substr(0, comma));
         const std::u16string &file = state.CurrentEffectFile;
         if (file.size() < 3 || file.compare(file.size() - 3, 3, u".fx") != 0)
             state.CurrentEffectFile += u".fx";

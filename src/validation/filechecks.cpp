@@ -14,6 +14,7 @@
 #include "core/arraysearch.h"
 #include "core/clsinifile.h"
 #include "core/runtimeerror.h"
+#include "core/vbtext.h"
 #include "platform/filelookup.h"
 #include "simfiles/airfile.h"
 #include "simfiles/binaryfile.h"

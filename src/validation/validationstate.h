@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "core/arraysearch.h"
+#include "core/vbtext.h"
 
 namespace fleetwright {
 
@@ -86,8 +87,6 @@ void zeroWhenEmpty(std::u16string &list);
 void increment(std::int16_t &counter);
 // The numeric value of an option entry, as the run reads it.
 double optionValue(const RunState &state, int index);
-// Leading number of a text as the run time's Val reads it: blanks skipped, 0 for no digits.
-double leadingNumber(std::u16string_view text);
 
 // Section and title checks.
 void checkNumbering(RunState &state, std::size_t index);

@@ -11,6 +11,7 @@
 #include "core/arraysearch.h"
 #include "core/clsinifile.h"
 #include "core/runtimeerror.h"
+#include "core/vbtext.h"
 #include "folderview/folderload.h"
 #include "platform/codepage.h"
 
