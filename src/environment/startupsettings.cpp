@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <utility>
 
+#include "core/paths.h"
 #include "core/runtimeerror.h"
 #include "core/vbtext.h"
 #include "platform/codepage.h"
@@ -16,7 +17,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr char16_t NATIVE_SEPARATOR = static_cast<char16_t>(fs::path::preferred_separator);
 constexpr std::size_t ANALYZE_OPTIONS_LENGTH = 45;
 constexpr std::size_t ANALYZE_OPTION_COUNT = 23;
 constexpr int FIRST_OPTIONAL_COLUMN = 3;
@@ -39,14 +39,6 @@ std::optional<bool> skippedBool(const platform::SettingsStore &store, std::u16st
     } catch (const RuntimeError &) {
         return std::nullopt;
     }
-}
-
-std::u16string joined(std::u16string_view folder, std::u16string_view name)
-{
-    std::u16string path(folder);
-    path.push_back(NATIVE_SEPARATOR);
-    path += name;
-    return path;
 }
 
 } // namespace
@@ -117,10 +109,7 @@ std::u16string CleanText(std::u16string_view text, bool strict)
 
 std::u16string tempFolderFrom(std::u16string_view systemTempPath)
 {
-    std::u16string folder = Trim(CleanText(systemTempPath, true));
-    if (folder.empty() || folder.back() != NATIVE_SEPARATOR)
-        folder.push_back(NATIVE_SEPARATOR);
-    return folder;
+    return withTrailingSeparator(Trim(CleanText(systemTempPath, true)));
 }
 
 std::u16string computeTempFolder()
@@ -206,9 +195,9 @@ StartingFolder startingFolder(bool rememberFolderOn, std::u16string_view storedP
 
 std::optional<ManualLocation> findManual(std::u16string_view programFolder)
 {
-    const std::u16string manualsFolder = joined(programFolder, u"Manuals");
+    const std::u16string manualsFolder = joinPathAlways(programFolder, u"Manuals");
     for (const std::u16string &folder : {std::u16string(programFolder), manualsFolder}) {
-        const std::u16string path = joined(folder, u"Fleetwright-Readme.pdf");
+        const std::u16string path = joinPathAlways(folder, u"Fleetwright-Readme.pdf");
         if (!platform::FileLookup::exists(fs::path(path), platform::LookupKind::Files))
             continue;
         const fs::path found = platform::FileLookup::resolve(fs::path(path)).value_or(fs::path(path));

@@ -7,6 +7,7 @@
 
 #include "core/arraysearch.h"
 #include "core/clsinifile.h"
+#include "core/paths.h"
 #include "core/runtimeerror.h"
 #include "core/vbtext.h"
 #include "platform/filelookup.h"
@@ -91,10 +92,7 @@ void paintStatus(PanelPaint &panel, int number, std::u16string text, PanelColour
 // A drive root ("C:\", "/") has nothing behind its last separator.
 bool isDriveRoot(const std::u16string &folder)
 {
-    if (folder.empty())
-        return true;
-    const char16_t last = folder.back();
-    return last == u'/' || last == static_cast<char16_t>(fs::path::preferred_separator);
+    return folder.empty() || endsWithSeparator(folder);
 }
 
 // The aircraft.cfg of folder as a plain file, under any spelling of case, or nothing.

@@ -6,6 +6,7 @@
 
 #include "core/dialogs.h"
 #include "core/errorbox.h"
+#include "core/paths.h"
 #include "core/runtimeerror.h"
 #include "platform/fileio.h"
 #include "platform/filelookup.h"
@@ -75,8 +76,7 @@ AirFileReading ReadAirFile(const std::u16string &folder, AirFileState &state, Di
     std::optional<fs::path> file;
     try {
         if (!state.AirFileName.empty())
-            state.AirFileName =
-                folder + simfiles::nativeSeparator() + simfiles::nativeSeparators(state.AirFileName) + u".air";
+            state.AirFileName = folder + nativeSeparator() + nativeSeparators(state.AirFileName) + u".air";
         file = existingFile(state.AirFileName);
     } catch (const fs::filesystem_error &) {
         // A name the file system cannot take at all.

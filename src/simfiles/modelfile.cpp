@@ -9,6 +9,7 @@
 #include "core/aircraftfilestore.h"
 #include "core/arraysearch.h"
 #include "core/dialogs.h"
+#include "core/paths.h"
 #include "core/vbtext.h"
 #include "platform/fileio.h"
 #include "simfiles/binaryfile.h"
@@ -17,8 +18,6 @@ namespace fleetwright {
 
 namespace fs = std::filesystem;
 using simfiles::existingFile;
-using simfiles::nativeSeparator;
-using simfiles::nativeSeparators;
 
 namespace {
 
@@ -27,9 +26,10 @@ const std::u16string NOT_AVAILABLE = u"n/a";
 constexpr std::size_t TAG_OFFSET = 8;
 constexpr std::size_t RADIUS_OFFSET = 28;
 
-bool endsWithSeparator(const std::u16string &folder)
+// A drive root gets no second separator before "model.": the test takes "\\" on every platform.
+bool endsLikeDriveRoot(const std::u16string &folder)
 {
-    return !folder.empty() && (folder.back() == nativeSeparator() || folder.back() == u'\\' || folder.back() == u'/');
+    return endsWithSeparator(folder) || (!folder.empty() && folder.back() == u'\\');
 }
 
 std::u16string decimalText(unsigned value)
@@ -49,7 +49,7 @@ ModelConfig resolveModelName(const std::u16string &folder, const std::u16string 
     if (model == DEFAULT_MODEL)
         config.path = folder + separator + u"model" + separator + u"model.cfg";
     else
-        config.path = (endsWithSeparator(folder) ? folder : folder + separator) + u"model." + nativeSeparators(model)
+        config.path = (endsLikeDriveRoot(folder) ? folder : folder + separator) + u"model." + nativeSeparators(model)
             + separator + u"model.cfg";
     if (!existingFile(config.path)) {
         config.missing = true;

@@ -6,6 +6,7 @@
 #include <system_error>
 #include <vector>
 
+#include "core/paths.h"
 #include "core/runtimeerror.h"
 #include "core/vbtext.h"
 #include "platform/codepage.h"
@@ -36,11 +37,6 @@ std::vector<std::u16string_view> versionParts(std::u16string_view version)
             return parts;
         start = dot + 1;
     }
-}
-
-bool isSeparator(char16_t ch)
-{
-    return ch == u'/' || ch == static_cast<char16_t>(std::filesystem::path::preferred_separator);
 }
 
 } // namespace
@@ -166,10 +162,7 @@ bool automaticCheckDue(std::u16string_view storedLastCheck, int currentWeek)
 
 std::u16string LocalFolder(std::u16string_view tempVariable, std::u16string_view programFolder)
 {
-    std::u16string folder(tempVariable.empty() ? programFolder : tempVariable);
-    if (folder.empty() || !isSeparator(folder.back()))
-        folder.push_back(static_cast<char16_t>(std::filesystem::path::preferred_separator));
-    return folder;
+    return withTrailingSeparator(std::u16string(tempVariable.empty() ? programFolder : tempVariable));
 }
 
 std::u16string localConfigFile(std::u16string_view localFolder)

@@ -5,6 +5,7 @@
 
 #include "core/arraysearch.h"
 #include "core/clsinifile.h"
+#include "core/paths.h"
 #include "core/runtimeerror.h"
 #include "core/vbtext.h"
 #include "platform/filelookup.h"
@@ -142,10 +143,7 @@ void effectSection(RunState &state, clsIniFile &AircraftIni, const std::u16strin
     for (std::u16string &element : state.EffectFiles) {
         if (element.empty())
             continue;
-        std::u16string path = folder;
-        if (path.empty() || path.back() != simfiles::nativeSeparator())
-            path += simfiles::nativeSeparator();
-        if (!folder.empty() && platform::FileLookup::findFile(path + simfiles::nativeSeparators(element)))
+        if (!folder.empty() && platform::FileLookup::findFile(joinPath(folder, nativeSeparators(element))))
             continue;
         missing.push_back(element);
     }

@@ -13,6 +13,7 @@
 
 #include "core/arraysearch.h"
 #include "core/clsinifile.h"
+#include "core/paths.h"
 #include "core/runtimeerror.h"
 #include "core/vbtext.h"
 #include "platform/filelookup.h"
@@ -29,28 +30,6 @@ using platform::FileLookup;
 using platform::LookupKind;
 
 constexpr std::u16string_view AliasingNoteText = u" (fallback.x aliasing used in configuration, maybe valid)";
-
-char16_t sep()
-{
-    return simfiles::nativeSeparator();
-}
-
-std::u16string joinPath(const std::u16string &folder, const std::u16string &name)
-{
-    std::u16string path;
-    path.reserve(folder.size() + 1 + name.size());
-    path += folder;
-    if (path.empty() || path.back() != sep())
-        path += sep();
-    return path += name;
-}
-
-// What a report row shows of a native path: "\" between the parts on every platform.
-std::u16string reportForm(std::u16string path)
-{
-    std::replace(path.begin(), path.end(), sep(), u'\\');
-    return path;
-}
 
 bool PatternHasMatch(const std::u16string &pattern)
 {
@@ -187,7 +166,7 @@ int modelFileState(const std::u16string &folder, std::u16string normal)
     normal = StripComment(normal);
     if (LCase(std::u16string_view(normal).substr(normal.size() >= 3 ? normal.size() - 3 : 0)) != u"mdl")
         normal += u".mdl";
-    return FileLookup::findFile(joinPath(folder, simfiles::nativeSeparators(normal))) ? StatePresent : StateMissing;
+    return FileLookup::findFile(joinPath(folder, nativeSeparators(normal))) ? StatePresent : StateMissing;
 }
 
 FileLookup subfolderNames(const std::u16string &folder, const std::u16string &procedure)
@@ -293,7 +272,8 @@ void unusedFolders(RunState &state, const std::u16string &base, const std::u16st
         usedNames.insert(LCase(usedFolderName(base, r.*field)));
     for (std::size_t p = 0; p + 1 < pairs.size(); ++p) {
         const std::u16string &path = pairs[p].first;
-        const std::u16string R = LCase(reportForm(path.substr(std::min(path.size(), state.FolderPrefix.size()))));
+        const std::u16string R =
+            LCase(backslashSeparators(path.substr(std::min(path.size(), state.FolderPrefix.size()))));
         if (usedNames.contains(R)) {
             increment(found);
         } else if (pairs[p].second == u"-1") {
@@ -314,7 +294,7 @@ void textureState(RunState &state, SectionRecord &record)
         return;
     }
     // A blank field ends T in "texture.", which the lookup reads as the folder "texture".
-    const std::u16string T = state.FolderPrefix + u"texture." + simfiles::nativeSeparators(*record.texture);
+    const std::u16string T = state.FolderPrefix + u"texture." + nativeSeparators(*record.texture);
     record.textureState = StateMissing;
     if (!FileLookup::exists(T, LookupKind::FilesAndFolders))
         return;
@@ -332,13 +312,12 @@ void textureState(RunState &state, SectionRecord &record)
     V = StripComment(V);
     std::replace(V.begin(), V.end(), u'/', u'\\');
     // Each "..\" climbs one level from T.
-    const long long n = static_cast<long long>(CountOccurrences(T, std::u16string(1, sep())));
+    const long long n = static_cast<long long>(CountOccurrences(T, std::u16string(1, nativeSeparator())));
     const long long m = static_cast<long long>(CountOccurrences(V, u"..\\"));
-    const long long keep = FindNthOccurrence(n + 1 - m, T, std::u16string(1, sep()));
+    const long long keep = FindNthOccurrence(n + 1 - m, T, std::u16string(1, nativeSeparator()));
     if (keep < 0)
         throw RuntimeError(5, u"Invalid procedure call or argument", std::u16string(ProcedureName));
-    const std::u16string F =
-        T.substr(0, static_cast<std::size_t>(keep)) + simfiles::nativeSeparators(withoutAll(V, u"..\\"));
+    const std::u16string F = T.substr(0, static_cast<std::size_t>(keep)) + nativeSeparators(withoutAll(V, u"..\\"));
     record.textureState = holdsPictures(F) ? StatePresent : StateMissing;
 }
 
@@ -349,7 +328,7 @@ void airfileState(RunState &state, SectionRecord &record)
         state.AnyAirfileUndefined = true;
         return;
     }
-    const std::u16string A = state.FolderPrefix + simfiles::nativeSeparators(*record.sim) + u".air";
+    const std::u16string A = state.FolderPrefix + nativeSeparators(*record.sim) + u".air";
     record.airfileState = FileLookup::findFile(A) ? StatePresent : StateMissing;
 }
 
@@ -360,9 +339,8 @@ void modelState(RunState &state, SectionRecord &record)
         state.AnyModelUndefined = true;
         return;
     }
-    const std::u16string M = record.model->empty()
-        ? state.FolderPrefix + u"model"
-        : state.FolderPrefix + u"model." + simfiles::nativeSeparators(*record.model);
+    const std::u16string M = record.model->empty() ? state.FolderPrefix + u"model"
+                                                   : state.FolderPrefix + u"model." + nativeSeparators(*record.model);
     record.modelState = StateMissing;
     if (!FileLookup::exists(M, LookupKind::FilesAndFolders))
         return;
@@ -378,11 +356,11 @@ void modelState(RunState &state, SectionRecord &record)
     if (L.empty())
         return;
     // An alias is relative to the folder that holds the aircraft folders.
-    L = simfiles::nativeSeparators(StripComment(L));
-    if (L.empty() || L.front() != sep())
-        L.insert(L.begin(), sep());
+    L = nativeSeparators(StripComment(L));
+    if (L.empty() || L.front() != nativeSeparator())
+        L.insert(L.begin(), nativeSeparator());
     std::u16string above = state.FolderPrefix.substr(0, state.FolderPrefix.empty() ? 0 : state.FolderPrefix.size() - 1);
-    const std::size_t last = above.rfind(sep());
+    const std::size_t last = above.rfind(nativeSeparator());
     above.resize(last == std::u16string::npos ? 0 : last);
     const std::u16string B = above + L;
     const auto aliasConfig = FileLookup::findFile(joinPath(B, u"Model.cfg"));

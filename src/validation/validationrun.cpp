@@ -9,6 +9,7 @@
 #include "core/arraysearch.h"
 #include "core/clsinifile.h"
 #include "core/dialogs.h"
+#include "core/paths.h"
 #include "core/runtimeerror.h"
 #include "core/vbtext.h"
 #include "platform/filelookup.h"
@@ -169,10 +170,7 @@ void fillRecord(RunState &state, clsIniFile &AircraftIni, const std::u16string &
 
 bool hasFile(const std::u16string &folder, const std::u16string &name)
 {
-    std::u16string path = folder;
-    if (!path.empty() && path.back() != simfiles::nativeSeparator())
-        path += simfiles::nativeSeparator();
-    return platform::FileLookup::findFile(path + name).has_value();
+    return platform::FileLookup::findFile(joinPath(folder, name)).has_value();
 }
 
 } // namespace
@@ -286,9 +284,7 @@ ValidationResult runValidation(const ValidationInput &input, clsIniFile &Aircraf
     }
 
     state.EmptyFolderList.clear();
-    std::u16string emptyFolderRoot = state.FolderPrefix;
-    if (emptyFolderRoot.empty() || emptyFolderRoot.back() != simfiles::nativeSeparator())
-        emptyFolderRoot += simfiles::nativeSeparator();
+    const std::u16string emptyFolderRoot = withTrailingSeparator(state.FolderPrefix);
     FindEmptyFolders(emptyFolderRoot, emptyFolderRoot, state.EmptyFolderList, input.yieldToEvents);
 
     result.reportPath = input.reportPath.empty() ? env.TempFolder + u"corvanecheck.log" : input.reportPath;
