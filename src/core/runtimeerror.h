@@ -17,6 +17,54 @@ public:
         , m_procedure(std::move(procedure))
     {}
 
+    // The errors that more than one place raises, each with the number and text the old run time gave it.
+    static RuntimeError invalidProcedureCall(std::u16string procedure = {})
+    {
+        return {5, u"Invalid procedure call or argument", std::move(procedure)};
+    }
+    static RuntimeError overflow(std::u16string procedure = {}) { return {6, u"Overflow", std::move(procedure)}; }
+    static RuntimeError subscriptOutOfRange(std::u16string procedure = {})
+    {
+        return {9, u"Subscript out of range", std::move(procedure)};
+    }
+    static RuntimeError typeMismatch(std::u16string procedure = {})
+    {
+        return {13, u"Type mismatch", std::move(procedure)};
+    }
+    static RuntimeError badFileNameOrNumber(std::u16string procedure = {})
+    {
+        return {52, u"Bad file name or number", std::move(procedure)};
+    }
+    static RuntimeError fileNotFound(std::u16string procedure = {})
+    {
+        return {53, u"File not found", std::move(procedure)};
+    }
+    static RuntimeError permissionDenied(std::u16string procedure = {})
+    {
+        return {70, u"Permission denied", std::move(procedure)};
+    }
+    static RuntimeError pathFileAccessError(std::u16string procedure = {})
+    {
+        return {75, u"Path/File access error", std::move(procedure)};
+    }
+    static RuntimeError pathNotFound(std::u16string procedure = {})
+    {
+        return {76, u"Path not found", std::move(procedure)};
+    }
+    static RuntimeError objectVariableNotSet(std::u16string procedure = {})
+    {
+        return {91, u"Object variable or With block variable not set", std::move(procedure)};
+    }
+    // The array helpers raise 9 and 13 themselves, capitalised as their texts have always read.
+    static RuntimeError subscriptOutOfRangeAsRaised(std::u16string procedure = {})
+    {
+        return {9, u"Subscript out of Range", std::move(procedure)};
+    }
+    static RuntimeError typeMismatchAsRaised(std::u16string procedure = {})
+    {
+        return {13, u"Type Mismatch", std::move(procedure)};
+    }
+
     int number() const { return m_number; }
     const std::u16string &description() const { return m_description; }
     const std::u16string &procedure() const { return m_procedure; }

@@ -107,11 +107,6 @@ bool readsAsNumber(std::u16string_view text, bool dMarksExponent)
     return isHexOrOctal(body) || isDecimalNumber(body, dMarksExponent);
 }
 
-[[noreturn]] void overflow()
-{
-    throw RuntimeError(6, u"Overflow");
-}
-
 } // namespace
 
 std::u16string LCase(std::u16string_view text)
@@ -182,7 +177,7 @@ double Val(std::u16string_view text)
             return 0;
         const std::optional<double> value = radixValue(std::u16string_view(packed).substr(2), radix);
         if (!value)
-            overflow();
+            throw RuntimeError::overflow();
         return *value;
     }
 
@@ -244,7 +239,7 @@ double Val(std::u16string_view text)
     double value = 0;
     if (std::from_chars(number.data(), number.data() + number.size(), value).ec == std::errc::result_out_of_range) {
         if (significant && magnitude > 0)
-            overflow();
+            throw RuntimeError::overflow();
         return 0;
     }
     return value;

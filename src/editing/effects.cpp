@@ -50,7 +50,7 @@ void EffectDefault(EffectFields &fields, int EffectIndex)
 void EffectDisable(EffectFields &fields, int EffectIndex)
 {
     if (EffectIndex < 0 || EffectIndex >= static_cast<int>(EFFECT_COUNT))
-        throw RuntimeError(9, u"Subscript out of range", u"EffectDisable");
+        throw RuntimeError::subscriptOutOfRange(u"EffectDisable");
     const auto index = static_cast<std::size_t>(EffectIndex);
     fields.txt_effects[index].clear();
     fields.chk_Effect[index] = false;
@@ -87,7 +87,7 @@ bool cmd_Effect_Update(clsIniFile &AircraftIni, const EffectUpdateInput &input, 
         return false;
     MakeBackup(AircraftIni.path(), autoBackupOn);
     if (!input.selectedPosition)
-        throw RuntimeError(91, u"Object variable or With block variable not set", u"cmd_Effect_Update_Click");
+        throw RuntimeError::objectVariableNotSet(u"cmd_Effect_Update_Click");
     clsIniFile::Batch batch(AircraftIni);
     if (input.description != input.DescriptionOnLoad) {
         AircraftIni.setSection(u"fltsim." + decimalText(*input.selectedPosition - 1));

@@ -94,7 +94,7 @@ GeneralUpdateResult updateGeneralData(clsIniFile &AircraftIni, const GeneralUpda
     bool radiusHandlerOn = false;
     try {
         if (!input.rowSection)
-            throw RuntimeError(91, u"Object variable or With block variable not set");
+            throw RuntimeError::objectVariableNotSet();
         if (!confirmUpdate(dialogs, input.ConfirmUpdates))
             return result;
         MakeBackup(AircraftIni.path(), input.AutoBackupOn);

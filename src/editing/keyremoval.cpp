@@ -73,7 +73,7 @@ std::int16_t RemoveMarkedKeys(clsIniFile &AircraftIni, const std::vector<std::u1
             AircraftIni.setKey(key);
             AircraftIni.setValue(nullptr);
             if (counter == std::numeric_limits<std::int16_t>::max())
-                throw RuntimeError(6, u"Overflow", u"cmd_Wipe_Click");
+                throw RuntimeError::overflow(u"cmd_Wipe_Click");
             ++counter;
         }
     }

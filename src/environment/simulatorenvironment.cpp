@@ -263,7 +263,7 @@ bool CheckIfExistInCombo(const std::vector<std::u16string> &entries, const std::
             return true;
     }
     if (entries.size() >= COUNTER_LIMIT)
-        throw RuntimeError(6, u"Overflow", u"CheckIfExistInCombo");
+        throw RuntimeError::overflow(u"CheckIfExistInCombo");
     return false;
 }
 

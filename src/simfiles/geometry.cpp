@@ -49,7 +49,7 @@ double platformNumber(const std::u16string &text, char16_t decimalSeparator)
 {
     const std::u16string plain = normalised(text, decimalSeparator);
     if (!isNumericText(plain))
-        throw RuntimeError(13, u"Type mismatch");
+        throw RuntimeError::typeMismatch();
     return Val(plain);
 }
 

@@ -151,7 +151,7 @@ int weekOfYear(int year, unsigned month, unsigned day)
 bool automaticCheckDue(std::u16string_view storedLastCheck, int currentWeek)
 {
     if (!convertsToNumber(storedLastCheck))
-        throw RuntimeError(13, u"Type mismatch", u"Form_Activate");
+        throw RuntimeError::typeMismatch(u"Form_Activate");
     try {
         return Val(storedLastCheck) != static_cast<double>(currentWeek);
     } catch (RuntimeError &error) {

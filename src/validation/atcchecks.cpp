@@ -137,7 +137,7 @@ void effectSection(RunState &state, clsIniFile &AircraftIni, const std::u16strin
     }
     // The file check asks for the bounds of the key array, which a section without keys has not got.
     if (count == 0)
-        throw RuntimeError(9, u"Subscript out of range", std::u16string(ProcedureName));
+        throw RuntimeError::subscriptOutOfRange(std::u16string(ProcedureName));
     const std::u16string &folder = state.UseFs9 ? state.Fs9EffectsFolder : state.FsxEffectsFolder;
     std::vector<std::u16string> missing;
     for (std::u16string &element : state.EffectFiles) {

@@ -69,10 +69,10 @@ std::u16string batchReportHeader(const std::u16string &BatchStartFolder, bool er
 BatchResult runBatchValidation(const BatchInput &input, clsIniFile &AircraftIni, Dialogs &dialogs)
 {
     if (input.BatchRoot.empty() || !FileLookup::exists(input.BatchRoot, LookupKind::Folders))
-        throw RuntimeError(76, u"Path not found", PROCEDURE);
+        throw RuntimeError::pathNotFound(PROCEDURE);
     const std::vector<std::u16string> names = FileLookup(fs::path(input.BatchRoot) / u"*", LookupKind::Folders).names();
     if (names.size() > MAX_FOLDERS)
-        throw RuntimeError(6, u"Overflow", PROCEDURE);
+        throw RuntimeError::overflow(PROCEDURE);
 
     BatchResult result;
     result.folderCount = names.size();

@@ -172,9 +172,9 @@ int modelFileState(const std::u16string &folder, std::u16string normal)
 FileLookup subfolderNames(const std::u16string &folder, const std::u16string &procedure)
 {
     if (!FileLookup::exists(folder, LookupKind::Folders))
-        throw RuntimeError(76, u"Path not found", procedure);
+        throw RuntimeError::pathNotFound(procedure);
     if (!FileLookup::canList(folder))
-        throw RuntimeError(70, u"Permission denied", procedure);
+        throw RuntimeError::permissionDenied(procedure);
     return FileLookup(joinPath(folder, u"*"), LookupKind::Folders);
 }
 
@@ -215,12 +215,12 @@ void analyzeFolder(const std::u16string &folder, const std::u16string &mask, std
         // folder object fails on it.
         std::optional<fs::path> found = FileLookup::resolve(item.path);
         if (!found)
-            throw RuntimeError(76, u"Path not found", procedure);
+            throw RuntimeError::pathNotFound(procedure);
         fs::path &resolved = *found;
         fs::path canonical = platform::canonicalBelow(inside.back().resolved, inside.back().canonical, resolved);
         if (std::any_of(inside.begin(), inside.end(),
                         [&](const Inside &above) { return above.canonical == canonical; }))
-            throw RuntimeError(76, u"Path not found", procedure);
+            throw RuntimeError::pathNotFound(procedure);
         FolderScanText += ListSeparator + item.path + ListSeparator + matchFlag(joinPath(item.path, mask));
         inside.push_back({std::move(resolved), std::move(canonical)});
         pushChildren(item.path, item.depth + 1);
@@ -316,7 +316,7 @@ void textureState(RunState &state, SectionRecord &record)
     const long long m = static_cast<long long>(CountOccurrences(V, u"..\\"));
     const long long keep = FindNthOccurrence(n + 1 - m, T, std::u16string(1, nativeSeparator()));
     if (keep < 0)
-        throw RuntimeError(5, u"Invalid procedure call or argument", std::u16string(ProcedureName));
+        throw RuntimeError::invalidProcedureCall(std::u16string(ProcedureName));
     const std::u16string F = T.substr(0, static_cast<std::size_t>(keep)) + nativeSeparators(withoutAll(V, u"..\\"));
     record.textureState = holdsPictures(F) ? StatePresent : StateMissing;
 }

@@ -33,16 +33,16 @@ void writeBytes(const fs::path &path, const std::string &bytes, bool append, con
 {
     if (!append) {
         if (!platform::writeFileInPlace(path, bytes))
-            throw RuntimeError(75, u"Path/File access error", procedure);
+            throw RuntimeError::pathFileAccessError(procedure);
         return;
     }
     std::ofstream out(path, std::ios::binary | std::ios::app);
     if (!out)
-        throw RuntimeError(75, u"Path/File access error", procedure);
+        throw RuntimeError::pathFileAccessError(procedure);
     out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     out.close();
     if (!out)
-        throw RuntimeError(75, u"Path/File access error", procedure);
+        throw RuntimeError::pathFileAccessError(procedure);
 }
 
 } // namespace

@@ -55,7 +55,7 @@ void zeroWhenEmpty(std::u16string &list)
 void increment(std::int16_t &counter)
 {
     if (counter == std::numeric_limits<std::int16_t>::max())
-        throw RuntimeError(6, u"Overflow", std::u16string(ProcedureName));
+        throw RuntimeError::overflow(std::u16string(ProcedureName));
     ++counter;
 }
 
@@ -134,7 +134,7 @@ std::u16string lowerPrefix7(const std::u16string &name)
 void fillRecord(RunState &state, clsIniFile &AircraftIni, const std::u16string &sectionName)
 {
     if (state.SectionTable.size() >= static_cast<std::size_t>(std::numeric_limits<std::int16_t>::max()))
-        throw RuntimeError(6, u"Overflow", std::u16string(ProcedureName));
+        throw RuntimeError::overflow(std::u16string(ProcedureName));
     state.SectionNames.push_back(LCase(sectionName));
     SectionRecord &record = state.SectionTable.emplace_back();
     record.sectionName = LCase(sectionName);
