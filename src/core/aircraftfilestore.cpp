@@ -41,15 +41,14 @@ void FileToArray(const std::u16string &path, std::vector<std::u16string> &lines,
     const std::optional<fs::path> file = FileLookup::findFile(path);
     if (!file)
         return;
-    const std::optional<std::string> bytes = platform::readWholeFile(*file);
-    if (!bytes) {
-        // It exists but will not open: locked, no permission.
+    const platform::WholeFile read = platform::readWholeFile(*file);
+    if (!read.bytes) {
         if (dialogs)
-            showCommonError(*dialogs, RuntimeError::permissionDenied(u"FileToArray"));
+            showCommonError(*dialogs, RuntimeError::readFailure(read.failure, u"FileToArray"));
         return;
     }
 
-    const std::string_view text = *bytes;
+    const std::string_view text = *read.bytes;
     std::size_t index = 0;
     std::size_t start = 0;
     while (start < text.size()) {

@@ -5,6 +5,10 @@
 
 namespace fleetwright {
 
+namespace platform {
+enum class ReadFailure;
+}
+
 // A fault that stops the operation in which it happens.
 // Only a boundary (a slot, a checker command) catches it and shows the critical box; the program lives on.
 class RuntimeError : public std::runtime_error
@@ -64,6 +68,10 @@ public:
     {
         return {13, u"Type Mismatch", std::move(procedure)};
     }
+
+    // The error a failed whole-file read stands for: 53 "File not found", 76 "Path not found", 75
+    // "Path/File access error" for a folder, 70 "Permission denied" for the rest.
+    static RuntimeError readFailure(platform::ReadFailure reason, std::u16string procedure = {});
 
     int number() const { return m_number; }
     const std::u16string &description() const { return m_description; }

@@ -71,7 +71,7 @@ template<typename Step> void skippingErrors(std::vector<std::u16string> &skipped
 // Reads an airlines.cfg into lines. False when the file cannot be read; lines stay as they were then.
 bool readAirlines(const std::u16string &path, std::vector<std::u16string> &lines, std::vector<std::u16string> &skipped)
 {
-    const std::optional<std::string> bytes = platform::readWholeFile(fs::path(path));
+    const std::optional<std::string> bytes = platform::readWholeFile(fs::path(path)).bytes;
     if (!bytes) {
         skipped.push_back(u"Cannot read " + path);
         return false;

@@ -164,10 +164,11 @@ void ReadByteArray(const std::u16string &path, std::vector<std::uint8_t> &bytes)
             throw RuntimeError::pathFileAccessError();
         throw RuntimeError::fileNotFound();
     }
-    const std::optional<std::string> content = platform::readWholeFile(*file);
-    if (!content)
-        throw RuntimeError::permissionDenied();
-    bytes.assign(content->begin(), content->end());
+    const platform::WholeFile read = platform::readWholeFile(*file);
+    if (!read.bytes)
+        throw RuntimeError::readFailure(read.failure);
+    const std::string &content = *read.bytes;
+    bytes.assign(content.begin(), content.end());
     if (bytes.size() < 3)
         throw RuntimeError::subscriptOutOfRange();
     if (bytes[0] != 0xEF || bytes[1] != 0xBB || bytes[2] != 0xBF)
@@ -178,7 +179,7 @@ void ReadByteArray(const std::u16string &path, std::vector<std::uint8_t> &bytes)
     if (platform::isReadOnly(*file))
         throw RuntimeError::pathFileAccessError();
     // Written over the start and not truncated: the file keeps its length, its last three bytes stand twice.
-    if (!simfiles::writeBytesAt(*file, 0, std::string_view(*content).substr(3)))
+    if (!simfiles::writeBytesAt(*file, 0, std::string_view(content).substr(3)))
         throw RuntimeError::permissionDenied();
 }
 

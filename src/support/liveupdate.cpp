@@ -182,7 +182,7 @@ UpdateCheckResult completeUpdateCheck(std::string_view received, std::uint64_t t
     // be written reads as nothing, and nothing gives no verdict.
     const std::filesystem::path path(localFile);
     platform::replaceFileAtomically(path, received);
-    if (const auto bytes = platform::readWholeFile(path))
+    if (const auto bytes = platform::readWholeFile(path).bytes)
         result.configuration = parseUpdateConfiguration(*bytes);
     // Only a file is deleted, never a folder of that name.
     std::error_code ignored;

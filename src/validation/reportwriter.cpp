@@ -98,7 +98,7 @@ void appendReportBytes(const fs::path &path, const std::string &bytes, const std
 
 std::string readReportBytes(const fs::path &path)
 {
-    return platform::readWholeFile(path).value_or(std::string());
+    return platform::readWholeFile(path).bytes.value_or(std::string());
 }
 
 void FindEmptyFolders(const std::u16string &path, const std::u16string &EmptyFolderRoot,
