@@ -43,8 +43,8 @@ void EffectDefault(EffectFields &fields, int EffectIndex)
     if (EffectIndex < 0 || EffectIndex >= static_cast<int>(EFFECT_COUNT))
         return;
     const auto index = static_cast<std::size_t>(EffectIndex);
-    fields.txt_effects[index] = EFFECT_DEFAULTS[index].name;
-    fields.chk_Effect[index] = EFFECT_DEFAULTS[index].runsOnce;
+    fields.effectNames[index] = EFFECT_DEFAULTS[index].name;
+    fields.effectRunsOnce[index] = EFFECT_DEFAULTS[index].runsOnce;
 }
 
 void EffectDisable(EffectFields &fields, int EffectIndex)
@@ -52,8 +52,8 @@ void EffectDisable(EffectFields &fields, int EffectIndex)
     if (EffectIndex < 0 || EffectIndex >= static_cast<int>(EFFECT_COUNT))
         throw RuntimeError::subscriptOutOfRange(u"EffectDisable");
     const auto index = static_cast<std::size_t>(EffectIndex);
-    fields.txt_effects[index].clear();
-    fields.chk_Effect[index] = false;
+    fields.effectNames[index].clear();
+    fields.effectRunsOnce[index] = false;
 }
 
 std::u16string effectNameFromFile(const std::u16string &fileName)
@@ -97,7 +97,7 @@ bool cmd_Effect_Update(clsIniFile &AircraftIni, const EffectUpdateInput &input, 
     AircraftIni.setSection(u"effects");
     for (std::size_t k = 0; k < EFFECT_COUNT; ++k) {
         AircraftIni.setKey(EFFECT_KEYS[k]);
-        AircraftIni.setValue(effectValue(input.fields.txt_effects[k], input.fields.chk_Effect[k]));
+        AircraftIni.setValue(effectValue(input.fields.effectNames[k], input.fields.effectRunsOnce[k]));
     }
     batch.commit();
     return true;

@@ -119,8 +119,8 @@ fleetwright::EffectFields FieldsController::effectFields() const
     const MainFormControls &c = m_form.controls();
     fleetwright::EffectFields fields;
     for (std::size_t k = 0; k < fleetwright::EFFECT_COUNT; ++k) {
-        fields.txt_effects[k] = toU16String(c.txt_effects[k]->text());
-        fields.chk_Effect[k] = c.chk_Effect[k]->isChecked();
+        fields.effectNames[k] = toU16String(c.txt_effects[k]->text());
+        fields.effectRunsOnce[k] = c.chk_Effect[k]->isChecked();
     }
     return fields;
 }
@@ -129,8 +129,8 @@ void FieldsController::showEffectFields(const fleetwright::EffectFields &fields)
 {
     const MainFormControls &c = m_form.controls();
     for (std::size_t k = 0; k < fleetwright::EFFECT_COUNT; ++k) {
-        c.txt_effects[k]->setText(toQString(fields.txt_effects[k]));
-        c.chk_Effect[k]->setChecked(fields.chk_Effect[k]);
+        c.txt_effects[k]->setText(toQString(fields.effectNames[k]));
+        c.chk_Effect[k]->setChecked(fields.effectRunsOnce[k]);
     }
 }
 
