@@ -89,29 +89,6 @@ bool writeAll(HANDLE file, std::string_view bytes)
     return true;
 }
 
-ExclusiveOpenFailure openFailureOf(const std::filesystem::path &path, DWORD error)
-{
-    switch (error) {
-    case ERROR_FILE_NOT_FOUND:
-    case ERROR_PATH_NOT_FOUND:
-    case ERROR_INVALID_NAME:
-    case ERROR_BAD_NETPATH:
-        return ExclusiveOpenFailure::NotFound;
-    case ERROR_SHARING_VIOLATION:
-    case ERROR_LOCK_VIOLATION:
-        return ExclusiveOpenFailure::Locked;
-    case ERROR_ACCESS_DENIED: {
-        // A folder does not open as a file and says so only in this way.
-        const DWORD attributes = GetFileAttributesW(path.c_str());
-        return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0
-            ? ExclusiveOpenFailure::NotAFile
-            : ExclusiveOpenFailure::Denied;
-    }
-    default:
-        return ExclusiveOpenFailure::Other;
-    }
-}
-
 ReadFailure readFailureOf(const std::filesystem::path &path, DWORD error)
 {
     switch (error) {
@@ -134,6 +111,24 @@ ReadFailure readFailureOf(const std::filesystem::path &path, DWORD error)
     default:
         return ReadFailure::Other;
     }
+}
+
+// The same reasons, as an exclusive open tells them: a lock held by others stands apart from a refusal.
+ExclusiveOpenFailure openFailureOf(const std::filesystem::path &path, DWORD error)
+{
+    switch (readFailureOf(path, error)) {
+    case ReadFailure::FileNotFound:
+    case ReadFailure::PathNotFound:
+        return ExclusiveOpenFailure::NotFound;
+    case ReadFailure::IsFolder:
+        return ExclusiveOpenFailure::NotAFile;
+    case ReadFailure::AccessDenied:
+        return error == ERROR_ACCESS_DENIED ? ExclusiveOpenFailure::Denied : ExclusiveOpenFailure::Locked;
+    case ReadFailure::None:
+    case ReadFailure::Other:
+        break;
+    }
+    return ExclusiveOpenFailure::Other;
 }
 
 HANDLE handleOf(std::intptr_t handle)
