@@ -66,23 +66,23 @@ bool isHexOrOctal(std::u16string_view body)
     return true;
 }
 
+// How many digits stand from pos on; pos moves behind them.
+std::size_t digitRun(std::u16string_view text, std::size_t &pos)
+{
+    const std::size_t start = pos;
+    while (pos < text.size() && isDigit(text[pos]))
+        ++pos;
+    return pos - start;
+}
+
 bool isDecimalNumber(std::u16string_view body, bool dMarksExponent)
 {
     std::size_t pos = 0;
     if (pos < body.size() && (body[pos] == u'+' || body[pos] == u'-'))
         ++pos;
-    std::size_t digits = 0;
-    while (pos < body.size() && isDigit(body[pos])) {
-        ++pos;
-        ++digits;
-    }
-    if (pos < body.size() && body[pos] == u'.') {
-        ++pos;
-        while (pos < body.size() && isDigit(body[pos])) {
-            ++pos;
-            ++digits;
-        }
-    }
+    std::size_t digits = digitRun(body, pos);
+    if (pos < body.size() && body[pos] == u'.')
+        digits += digitRun(body, ++pos);
     if (digits == 0)
         return false;
     if (pos < body.size()
@@ -90,12 +90,7 @@ bool isDecimalNumber(std::u16string_view body, bool dMarksExponent)
         ++pos;
         if (pos < body.size() && (body[pos] == u'+' || body[pos] == u'-'))
             ++pos;
-        std::size_t exponentDigits = 0;
-        while (pos < body.size() && isDigit(body[pos])) {
-            ++pos;
-            ++exponentDigits;
-        }
-        if (exponentDigits == 0)
+        if (digitRun(body, pos) == 0)
             return false;
     }
     return pos == body.size();
