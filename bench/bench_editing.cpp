@@ -19,6 +19,7 @@
 #include "core/arraysearch.h"
 #include "core/clsinifile.h"
 #include "core/dialogs.h"
+#include "core/vbtext.h"
 #include "editing/updateall.h"
 #include "workload.h"
 

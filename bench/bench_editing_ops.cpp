@@ -45,7 +45,7 @@ public:
         return cfg.u16string();
     }
 
-    std::string current() const { return platform::readWholeFile(m_folder.path() / "aircraft.cfg").value_or(""); }
+    std::string current() const { return platform::readWholeFile(m_folder.path() / "aircraft.cfg").bytes.value_or(""); }
     const std::string &original() const { return m_bytes; }
 
 private:

@@ -60,7 +60,7 @@ void BM_FolderLoad(benchmark::State &state)
     }
     const std::u16string lastTitle = platform::fromCodePage(bench::variationValue(VARIATIONS - 1, "title"));
     if (result.rows.size() != VARIATIONS || result.rows.back()[GridColumn::Title] != lastTitle
-        || result.combo_Texture.size() != VARIATIONS / 10 || result.lst_Airfile.size() != 1)
+        || result.textureChoices.size() != VARIATIONS / 10 || result.folderAirFiles.size() != 1)
         state.SkipWithError("the load read other rows than the workload holds");
     state.SetItemsProcessed(state.iterations() * VARIATIONS);
 }

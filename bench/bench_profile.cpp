@@ -151,7 +151,7 @@ void BM_PlainParse(benchmark::State &state)
     };
     std::vector<Entry> entries;
     for (auto _ : state) {
-        const std::optional<std::string> bytes = fleetwright::platform::readWholeFile(data.file());
+        const std::optional<std::string> bytes = fleetwright::platform::readWholeFile(data.file()).bytes;
         if (!bytes) {
             state.SkipWithError("the workload file cannot be read");
             break;

@@ -13,6 +13,7 @@
 #include "core/dialogs.h"
 #include "core/errorbox.h"
 #include "core/runtimeerror.h"
+#include "core/vbtext.h"
 #include "editing/keyremoval.h"
 #include "editing/sectionrenumber.h"
 #include "editing/sortkeys.h"

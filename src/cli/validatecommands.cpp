@@ -255,7 +255,7 @@ public:
             out << platform::toUtf8(written) << "\n";
             return true;
         }
-        const std::optional<std::string> bytes = platform::readWholeFile(std::filesystem::path(written));
+        const std::optional<std::string> bytes = platform::readWholeFile(std::filesystem::path(written)).bytes;
         if (!bytes) {
             tell(err, u"The report could not be read back from " + written);
             return false;

@@ -41,15 +41,14 @@ void FileToArray(const std::u16string &path, std::vector<std::u16string> &lines,
     const std::optional<fs::path> file = FileLookup::findFile(path);
     if (!file)
         return;
-    const std::optional<std::string> bytes = platform::readWholeFile(*file);
-    if (!bytes) {
-        // It exists but will not open: locked, no permission.
+    const platform::WholeFile read = platform::readWholeFile(*file);
+    if (!read.bytes) {
         if (dialogs)
-            showCommonError(*dialogs, RuntimeError(70, u"Permission denied", u"FileToArray"));
+            showCommonError(*dialogs, RuntimeError::readFailure(read.failure, u"FileToArray"));
         return;
     }
 
-    const std::string_view text = *bytes;
+    const std::string_view text = *read.bytes;
     std::size_t index = 0;
     std::size_t start = 0;
     while (start < text.size()) {
@@ -79,7 +78,7 @@ void FileToArray(const std::u16string &path, std::vector<std::u16string> &lines,
 void ArrayRemoveItem(std::vector<std::u16string> &array, std::int32_t index)
 {
     if (index < 0 || static_cast<std::size_t>(index) >= array.size())
-        throw RuntimeError(9, u"Subscript out of Range", u"ArrayRemoveItem");
+        throw RuntimeError::subscriptOutOfRangeAsRaised(u"ArrayRemoveItem");
     // The last element cannot go: the shrink to no element fails, and the failure is ignored.
     if (array.size() == 1)
         return;
@@ -89,14 +88,14 @@ void ArrayRemoveItem(std::vector<std::u16string> &array, std::int32_t index)
 void ArrayRemoveItem(std::vector<std::u16string> *array, std::int32_t index)
 {
     if (!array)
-        throw RuntimeError(13, u"Type Mismatch", u"ArrayRemoveItem");
+        throw RuntimeError::typeMismatchAsRaised(u"ArrayRemoveItem");
     ArrayRemoveItem(*array, index);
 }
 
 std::u16string backupPath(const std::u16string &aircraftCfgPath)
 {
     if (aircraftCfgPath.size() < 4)
-        throw RuntimeError(5, u"Invalid procedure call or argument", u"MakeBackup");
+        throw RuntimeError::invalidProcedureCall(u"MakeBackup");
     return aircraftCfgPath.substr(0, aircraftCfgPath.size() - 4) + u".corvane";
 }
 
@@ -112,8 +111,8 @@ void MakeBackup(const std::u16string &aircraftCfgPath, bool autoBackupOn)
     if (!source) {
         const fs::path folder = fs::path(aircraftCfgPath).parent_path();
         if (!folder.empty() && !FileLookup::exists(folder, LookupKind::Folders))
-            throw RuntimeError(76, u"Path not found", u"MakeBackup");
-        throw RuntimeError(53, u"File not found", u"MakeBackup");
+            throw RuntimeError::pathNotFound(u"MakeBackup");
+        throw RuntimeError::fileNotFound(u"MakeBackup");
     }
     // Beside the file as it was found, in the spelling given, as Windows would create it.
     const fs::path target = source->parent_path() / backup.filename();
@@ -127,14 +126,14 @@ void MakeBackup(const std::u16string &aircraftCfgPath, bool autoBackupOn)
             std::error_code ignored;
             fs::remove(target, ignored);
         }
-        throw RuntimeError(70, u"Permission denied", u"MakeBackup");
+        throw RuntimeError::permissionDenied(u"MakeBackup");
     }
 }
 
 std::vector<std::u16string> checkedRowList(const std::vector<bool> &rowChecked)
 {
     if (rowChecked.size() > MAX_ROWS)
-        throw RuntimeError(6, u"Overflow");
+        throw RuntimeError::overflow();
     std::vector<std::u16string> checked;
     for (std::size_t row = 0; row < rowChecked.size(); ++row) {
         if (rowChecked[row])

@@ -22,7 +22,6 @@ std::u16string StripComment(const std::u16string &text);
 bool IsInArrayUpper(std::u16string &value, const std::vector<std::u16string> &array);
 bool IsInArrayLower(std::u16string &value, const std::vector<std::u16string> &array);
 
-// The text in lower or upper case, for the letters that Windows-1252 holds: ASCII, Latin-1 and Š, Œ, Ž, Ÿ.
 // Tells whether part occurs in a text (an empty part always does), as text.find(part) would, for a text that
 // only grows at its end, such as a list that rows are added to. It keeps where each pair of characters stands,
 // so that a search looks at the few places where part could start instead of going through the whole text.
@@ -40,13 +39,5 @@ private:
     std::vector<std::uint32_t> m_before;
     std::size_t m_indexed = 0; // the pairs that start before this place are known
 };
-
-std::u16string LCase(std::u16string_view text);
-std::u16string UCase(std::u16string_view text);
-
-// Whether text reads as a number: blanks around it, an optional
-// sign, digits with at most one decimal point (at least one digit), an optional exponent "E" with optional
-// sign and digits; or "&H" with hexadecimal or "&O" with octal digits. The decimal point is ".".
-bool isNumericText(const std::u16string &text);
 
 } // namespace fleetwright

@@ -106,7 +106,7 @@ ProfileDocument *clsIniFile::document()
         return &cache.document;
     std::optional<std::string> bytes;
     if (identity.exists)
-        bytes = platform::readWholeFile(cache.file);
+        bytes = platform::readWholeFile(cache.file).bytes;
     if (!bytes) {
         // Missing or unreadable: read as an empty file, and look again at the next call.
         cache.document = ProfileDocument();
@@ -246,7 +246,7 @@ bool clsIniFile::rebaseBatch(const std::vector<BatchEdit> &edits)
         return true;
     std::optional<std::string> bytes;
     if (identity.exists)
-        bytes = platform::readWholeFile(cache.file);
+        bytes = platform::readWholeFile(cache.file).bytes;
     if (bytes && *bytes == cache.bytes)
         return true;
     ProfileDocument current(bytes.value_or(std::string()));

@@ -21,7 +21,7 @@ std::u16string folderValue(const std::u16string &picked)
 bool associateFiles(clsIniFile &AircraftIni, const AssociationInput &input, Dialogs &dialogs)
 {
     if (!input.rowSection)
-        throw RuntimeError(91, u"Object variable or With block variable not set", u"cmd_Associate_Click");
+        throw RuntimeError::objectVariableNotSet(u"cmd_Associate_Click");
     if (!confirmUpdate(dialogs, input.ConfirmUpdates))
         return false;
     MakeBackup(AircraftIni.path(), input.AutoBackupOn);

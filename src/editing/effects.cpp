@@ -5,6 +5,7 @@
 #include "core/clsinifile.h"
 #include "core/dialogs.h"
 #include "core/runtimeerror.h"
+#include "core/vbtext.h"
 
 namespace fleetwright {
 
@@ -42,17 +43,17 @@ void EffectDefault(EffectFields &fields, int EffectIndex)
     if (EffectIndex < 0 || EffectIndex >= static_cast<int>(EFFECT_COUNT))
         return;
     const auto index = static_cast<std::size_t>(EffectIndex);
-    fields.txt_effects[index] = EFFECT_DEFAULTS[index].name;
-    fields.chk_Effect[index] = EFFECT_DEFAULTS[index].runsOnce;
+    fields.effectNames[index] = EFFECT_DEFAULTS[index].name;
+    fields.effectRunsOnce[index] = EFFECT_DEFAULTS[index].runsOnce;
 }
 
 void EffectDisable(EffectFields &fields, int EffectIndex)
 {
     if (EffectIndex < 0 || EffectIndex >= static_cast<int>(EFFECT_COUNT))
-        throw RuntimeError(9, u"Subscript out of range", u"EffectDisable");
+        throw RuntimeError::subscriptOutOfRange(u"EffectDisable");
     const auto index = static_cast<std::size_t>(EffectIndex);
-    fields.txt_effects[index].clear();
-    fields.chk_Effect[index] = false;
+    fields.effectNames[index].clear();
+    fields.effectRunsOnce[index] = false;
 }
 
 std::u16string effectNameFromFile(const std::u16string &fileName)
@@ -86,7 +87,7 @@ bool cmd_Effect_Update(clsIniFile &AircraftIni, const EffectUpdateInput &input, 
         return false;
     MakeBackup(AircraftIni.path(), autoBackupOn);
     if (!input.selectedPosition)
-        throw RuntimeError(91, u"Object variable or With block variable not set", u"cmd_Effect_Update_Click");
+        throw RuntimeError::objectVariableNotSet(u"cmd_Effect_Update_Click");
     clsIniFile::Batch batch(AircraftIni);
     if (input.description != input.DescriptionOnLoad) {
         AircraftIni.setSection(u"fltsim." + decimalText(*input.selectedPosition - 1));
@@ -96,7 +97,7 @@ bool cmd_Effect_Update(clsIniFile &AircraftIni, const EffectUpdateInput &input, 
     AircraftIni.setSection(u"effects");
     for (std::size_t k = 0; k < EFFECT_COUNT; ++k) {
         AircraftIni.setKey(EFFECT_KEYS[k]);
-        AircraftIni.setValue(effectValue(input.fields.txt_effects[k], input.fields.chk_Effect[k]));
+        AircraftIni.setValue(effectValue(input.fields.effectNames[k], input.fields.effectRunsOnce[k]));
     }
     batch.commit();
     return true;

@@ -26,11 +26,11 @@ struct EffectDefaultValue
 // What "Set default effect" puts in, by the index of EFFECT_KEYS.
 extern const std::array<EffectDefaultValue, EFFECT_COUNT> EFFECT_DEFAULTS;
 
-// The boxes txt_effects and the checks chk_Effect, by index.
+// The effect files (the boxes txt_effects) and whether each runs once (the checks chk_Effect), by index.
 struct EffectFields
 {
-    std::array<std::u16string, EFFECT_COUNT> txt_effects;
-    std::array<bool, EFFECT_COUNT> chk_Effect {};
+    std::array<std::u16string, EFFECT_COUNT> effectNames;
+    std::array<bool, EFFECT_COUNT> effectRunsOnce {};
 };
 
 // The value written for a box and its check.

@@ -7,7 +7,7 @@
 #include "core/dialogs.h"
 #include "core/errorbox.h"
 #include "core/runtimeerror.h"
-#include "folderview/numbertext.h"
+#include "core/vbtext.h"
 #include "simfiles/modelfile.h"
 
 namespace fleetwright {
@@ -74,7 +74,7 @@ void writeKeys(clsIniFile &ini, const std::u16string &section, const GeneralData
 AtcBoxes atcBoxesOfRow(const std::u16string &atcId, const std::u16string &flightNumber, const std::u16string &airline,
                        const std::u16string &heavy, const std::u16string &atcModel)
 {
-    return {atcId, flightNumber, airline, leadingNumber(heavy) == 1.0, atcModel};
+    return {atcId, flightNumber, airline, Val(heavy) == 1.0, atcModel};
 }
 
 std::u16string exitLineValue(const std::array<std::u16string, 5> &values, const std::u16string &note)
@@ -94,7 +94,7 @@ GeneralUpdateResult updateGeneralData(clsIniFile &AircraftIni, const GeneralUpda
     bool radiusHandlerOn = false;
     try {
         if (!input.rowSection)
-            throw RuntimeError(91, u"Object variable or With block variable not set");
+            throw RuntimeError::objectVariableNotSet();
         if (!confirmUpdate(dialogs, input.ConfirmUpdates))
             return result;
         MakeBackup(AircraftIni.path(), input.AutoBackupOn);

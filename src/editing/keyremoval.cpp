@@ -6,6 +6,7 @@
 #include "core/arraysearch.h"
 #include "core/clsinifile.h"
 #include "core/runtimeerror.h"
+#include "core/vbtext.h"
 #include "environment/startupsettings.h"
 
 namespace fleetwright {
@@ -72,7 +73,7 @@ std::int16_t RemoveMarkedKeys(clsIniFile &AircraftIni, const std::vector<std::u1
             AircraftIni.setKey(key);
             AircraftIni.setValue(nullptr);
             if (counter == std::numeric_limits<std::int16_t>::max())
-                throw RuntimeError(6, u"Overflow", u"cmd_Wipe_Click");
+                throw RuntimeError::overflow(u"cmd_Wipe_Click");
             ++counter;
         }
     }

@@ -7,6 +7,7 @@
 #include "core/clsinifile.h"
 #include "core/dialogs.h"
 #include "core/runtimeerror.h"
+#include "core/vbtext.h"
 #include "platform/codepage.h"
 #include "platform/fileio.h"
 #include "platform/filelookup.h"
@@ -30,9 +31,9 @@ void Renumber_fltsim(const std::u16string &aircraftCfgPath, bool autoBackupOn, D
     std::vector<std::u16string> lines;
     FileToArray(aircraftCfgPath, lines, dialogs);
     if (lines.empty())
-        throw RuntimeError(9, u"Subscript out of range", u"Renumber_fltsim");
+        throw RuntimeError::subscriptOutOfRange(u"Renumber_fltsim");
     if (lines.size() > MAX_LINES)
-        throw RuntimeError(6, u"Overflow", u"Renumber_fltsim");
+        throw RuntimeError::overflow(u"Renumber_fltsim");
 
     int counter = 0;
     for (std::u16string &line : lines) {
@@ -45,7 +46,7 @@ void Renumber_fltsim(const std::u16string &aircraftCfgPath, bool autoBackupOn, D
     const std::filesystem::path file =
         platform::FileLookup::findFile(aircraftCfgPath).value_or(std::filesystem::path(aircraftCfgPath));
     if (platform::isReadOnly(file))
-        throw RuntimeError(75, u"Path/File access error", u"Renumber_fltsim");
+        throw RuntimeError::pathFileAccessError(u"Renumber_fltsim");
     std::string bytes;
     for (const std::u16string &line : lines) {
         bytes += platform::toCodePage(line);

@@ -4,6 +4,7 @@
 #include "core/arraysearch.h"
 #include "core/clsinifile.h"
 #include "core/dialogs.h"
+#include "core/vbtext.h"
 
 namespace fleetwright {
 

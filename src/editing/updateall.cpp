@@ -5,6 +5,7 @@
 #include "core/aircraftfilestore.h"
 #include "core/arraysearch.h"
 #include "core/clsinifile.h"
+#include "core/vbtext.h"
 
 namespace fleetwright {
 

@@ -9,7 +9,9 @@
 
 #include "core/arraysearch.h"
 #include "core/clsinifile.h"
+#include "core/paths.h"
 #include "core/runtimeerror.h"
+#include "core/vbtext.h"
 #include "environment/startupsettings.h"
 #include "platform/codepage.h"
 #include "platform/fileio.h"
@@ -24,18 +26,6 @@ using platform::FileLookup;
 using platform::LookupKind;
 
 namespace {
-
-constexpr char16_t NATIVE_SEPARATOR = static_cast<char16_t>(fs::path::preferred_separator);
-
-// folder + separator + name, where name may hold "\" for folders below.
-std::u16string joined(std::u16string_view folder, std::u16string_view name)
-{
-    std::u16string path(folder);
-    path.push_back(NATIVE_SEPARATOR);
-    for (const char16_t ch : name)
-        path.push_back(ch == u'\\' ? NATIVE_SEPARATOR : ch);
-    return path;
-}
 
 // The existing spelling of path, or path as it is when nothing of that name exists.
 std::u16string existingSpelling(const std::u16string &path)
@@ -81,7 +71,7 @@ template<typename Step> void skippingErrors(std::vector<std::u16string> &skipped
 // Reads an airlines.cfg into lines. False when the file cannot be read; lines stay as they were then.
 bool readAirlines(const std::u16string &path, std::vector<std::u16string> &lines, std::vector<std::u16string> &skipped)
 {
-    const std::optional<std::string> bytes = platform::readWholeFile(fs::path(path));
+    const std::optional<std::string> bytes = platform::readWholeFile(fs::path(path)).bytes;
     if (!bytes) {
         skipped.push_back(u"Cannot read " + path);
         return false;
@@ -121,7 +111,7 @@ void readSimObjectPaths(SimulatorEnvironment &env, const platform::RegistryReade
             const std::u16string raw = fsxCfg.Value();
             const std::u16string low = LCase(raw);
             std::u16string folder =
-                low.size() >= 2 && low[1] == u':' ? registry.nativePath(raw) : joined(fsxFolder, low);
+                low.size() >= 2 && low[1] == u':' ? registry.nativePath(raw) : joinPathAlways(fsxFolder, low);
             if (!folderExists(folder))
                 return;
             // A relative value is stored lower-cased, as the simulator's folders were taken to ignore case;
@@ -167,7 +157,7 @@ void detectFsx(SimulatorEnvironment &env, const platform::RegistryReader &regist
     env.panelPaints.push_back({5, u"found", PanelColour::Green});
 
     skippingErrors(env.skippedErrors, [&] {
-        const std::u16string airlines = joined(folder, u"airlines.cfg");
+        const std::u16string airlines = joinPathAlways(folder, u"airlines.cfg");
         if (fileExists(airlines)) {
             env.FsxAirlinesPath = existingSpelling(airlines);
             // An unreadable file leaves the flag as it was.
@@ -180,8 +170,8 @@ void detectFsx(SimulatorEnvironment &env, const platform::RegistryReader &regist
     });
 
     skippingErrors(env.skippedErrors, [&] {
-        env.FsxSimObjectsRoot = existingSpelling(joined(folder, u"SimObjects"));
-        env.FsxEffectsFolder = existingSpelling(joined(folder, u"Effects"));
+        env.FsxSimObjectsRoot = existingSpelling(joinPathAlways(folder, u"SimObjects"));
+        env.FsxEffectsFolder = existingSpelling(joinPathAlways(folder, u"Effects"));
     });
     env.fsxOptionEnabled = true;
     env.fsxOptionSelected = true;
@@ -190,7 +180,7 @@ void detectFsx(SimulatorEnvironment &env, const platform::RegistryReader &regist
         FileLookup listing(fs::path(env.FsxSimObjectsRoot) / u"*.", LookupKind::FilesAndFolders);
         for (const std::u16string &name : listing.names()) {
             if (name.find(u'.') == std::u16string::npos)
-                addSimFolder(env, name, joined(env.FsxSimObjectsRoot, name));
+                addSimFolder(env, name, joinPathAlways(env.FsxSimObjectsRoot, name));
         }
         if (!env.simFolderEntries.empty())
             env.simFolderEnabled = true;
@@ -198,7 +188,7 @@ void detectFsx(SimulatorEnvironment &env, const platform::RegistryReader &regist
 
     bool haveFsxCfg = false;
     skippingErrors(env.skippedErrors, [&] {
-        env.FsxCfgPath = joined(appDataFolder, u"Microsoft\\FSX\\fsx.cfg");
+        env.FsxCfgPath = joinPathAlways(appDataFolder, u"Microsoft\\FSX\\fsx.cfg");
         haveFsxCfg = fileExists(env.FsxCfgPath);
         if (haveFsxCfg)
             env.FsxCfgPath = existingSpelling(env.FsxCfgPath);
@@ -226,13 +216,13 @@ void detectFs9(SimulatorEnvironment &env, const platform::RegistryReader &regist
     }
     env.panelPaints.push_back({2, u"found", PanelColour::Green, true});
     skippingErrors(env.skippedErrors, [&] {
-        env.Fs9AircraftRoot = existingSpelling(joined(folder, u"Aircraft"));
-        env.Fs9EffectsFolder = existingSpelling(joined(folder, u"Effects"));
+        env.Fs9AircraftRoot = existingSpelling(joinPathAlways(folder, u"Aircraft"));
+        env.Fs9EffectsFolder = existingSpelling(joinPathAlways(folder, u"Effects"));
     });
 
     // FS9 keeps airlines.cfg in its Aircraft folder, not beside the simulator as FSX does.
     skippingErrors(env.skippedErrors, [&] {
-        const std::u16string airlines = joined(env.Fs9AircraftRoot, u"airlines.cfg");
+        const std::u16string airlines = joinPathAlways(env.Fs9AircraftRoot, u"airlines.cfg");
         if (fileExists(airlines)) {
             env.Fs9AirlinesPath = existingSpelling(airlines);
             if (readAirlines(env.Fs9AirlinesPath, env.Fs9Airlines, env.skippedErrors))
@@ -273,7 +263,7 @@ bool CheckIfExistInCombo(const std::vector<std::u16string> &entries, const std::
             return true;
     }
     if (entries.size() >= COUNTER_LIMIT)
-        throw RuntimeError(6, u"Overflow", u"CheckIfExistInCombo");
+        throw RuntimeError::overflow(u"CheckIfExistInCombo");
     return false;
 }
 

@@ -4,7 +4,9 @@
 #include <filesystem>
 #include <utility>
 
+#include "core/paths.h"
 #include "core/runtimeerror.h"
+#include "core/vbtext.h"
 #include "platform/codepage.h"
 #include "platform/filelookup.h"
 #include "platform/tempfolder.h"
@@ -15,7 +17,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr char16_t NATIVE_SEPARATOR = static_cast<char16_t>(fs::path::preferred_separator);
 constexpr std::size_t ANALYZE_OPTIONS_LENGTH = 45;
 constexpr std::size_t ANALYZE_OPTION_COUNT = 23;
 constexpr int FIRST_OPTIONAL_COLUMN = 3;
@@ -38,14 +39,6 @@ std::optional<bool> skippedBool(const platform::SettingsStore &store, std::u16st
     } catch (const RuntimeError &) {
         return std::nullopt;
     }
-}
-
-std::u16string joined(std::u16string_view folder, std::u16string_view name)
-{
-    std::u16string path(folder);
-    path.push_back(NATIVE_SEPARATOR);
-    path += name;
-    return path;
 }
 
 } // namespace
@@ -116,10 +109,7 @@ std::u16string CleanText(std::u16string_view text, bool strict)
 
 std::u16string tempFolderFrom(std::u16string_view systemTempPath)
 {
-    std::u16string folder = Trim(CleanText(systemTempPath, true));
-    if (folder.empty() || folder.back() != NATIVE_SEPARATOR)
-        folder.push_back(NATIVE_SEPARATOR);
-    return folder;
+    return withTrailingSeparator(Trim(CleanText(systemTempPath, true)));
 }
 
 std::u16string computeTempFolder()
@@ -205,24 +195,15 @@ StartingFolder startingFolder(bool rememberFolderOn, std::u16string_view storedP
 
 std::optional<ManualLocation> findManual(std::u16string_view programFolder)
 {
-    const std::u16string manualsFolder = joined(programFolder, u"Manuals");
+    const std::u16string manualsFolder = joinPathAlways(programFolder, u"Manuals");
     for (const std::u16string &folder : {std::u16string(programFolder), manualsFolder}) {
-        const std::u16string path = joined(folder, u"Fleetwright-Readme.pdf");
+        const std::u16string path = joinPathAlways(folder, u"Fleetwright-Readme.pdf");
         if (!platform::FileLookup::exists(fs::path(path), platform::LookupKind::Files))
             continue;
         const fs::path found = platform::FileLookup::resolve(fs::path(path)).value_or(fs::path(path));
         return ManualLocation {found.u16string(), found.parent_path().u16string()};
     }
     return std::nullopt;
-}
-
-std::u16string Trim(std::u16string_view text)
-{
-    while (!text.empty() && text.front() == u' ')
-        text.remove_prefix(1);
-    while (!text.empty() && text.back() == u' ')
-        text.remove_suffix(1);
-    return std::u16string(text);
 }
 
 } // namespace fleetwright

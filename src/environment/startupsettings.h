@@ -51,9 +51,6 @@ std::u16string readSetting(const platform::SettingsStore &store, std::u16string_
 // boolean.
 bool readBoolSetting(const platform::SettingsStore &store, std::u16string_view name);
 
-// The text without the blanks around it (blanks only, not tabs), as registry and settings texts are trimmed.
-std::u16string Trim(std::u16string_view text);
-
 // Trims blanks; with strict, CR, LF, TAB and every other character of code 0 to 31, and every character
 // whose code in the machine's 8-bit code page is 127 to 255 (so "é" and "€" too), become blanks. Then runs
 // of blanks shrink to one. "C:\Temp\  x\r\n" is "C:\Temp\ x " with strict.

@@ -7,8 +7,9 @@
 
 #include "core/arraysearch.h"
 #include "core/clsinifile.h"
+#include "core/paths.h"
 #include "core/runtimeerror.h"
-#include "folderview/numbertext.h"
+#include "core/vbtext.h"
 #include "platform/filelookup.h"
 
 namespace fleetwright {
@@ -52,14 +53,6 @@ constexpr ColumnKey COLUMN_KEYS[] = {
     {u"texture", GridColumn::Texture},
 };
 
-std::u16string_view trimBlanks(std::u16string_view text)
-{
-    const std::size_t first = text.find_first_not_of(u' ');
-    if (first == std::u16string_view::npos)
-        return {};
-    return text.substr(first, text.find_last_not_of(u' ') - first + 1);
-}
-
 std::u16string slashesToBackslashes(std::u16string text)
 {
     std::replace(text.begin(), text.end(), u'/', u'\\');
@@ -99,10 +92,7 @@ void paintStatus(PanelPaint &panel, int number, std::u16string text, PanelColour
 // A drive root ("C:\", "/") has nothing behind its last separator.
 bool isDriveRoot(const std::u16string &folder)
 {
-    if (folder.empty())
-        return true;
-    const char16_t last = folder.back();
-    return last == u'/' || last == static_cast<char16_t>(fs::path::preferred_separator);
+    return folder.empty() || endsWithSeparator(folder);
 }
 
 // The aircraft.cfg of folder as a plain file, under any spelling of case, or nothing.
@@ -169,7 +159,7 @@ void FolderReader::readVariationSection(std::u16string &name, std::int32_t place
         name = UCase(name);
         m_seenSections.emplace();
     } else if (IsInArrayUpper(name, *m_seenSections)) {
-        paintStatus(m_result.panel9, 9, u"AC Status: NOK", PanelColour::Red);
+        paintStatus(m_result.statusPanel, 9, u"AC Status: NOK", PanelColour::Red);
     }
     m_seenSections->resize(static_cast<std::size_t>(place) + 1);
     m_result.Descriptions.emplace_back();
@@ -220,7 +210,7 @@ void FolderReader::readVariationKey(const std::u16string &key, std::int32_t plac
         // can collide; users know the status by that.
         std::u16string folded = value;
         if (m_seenTitles && IsInArrayUpper(folded, *m_seenTitles))
-            paintStatus(m_result.panel9, 9, u"AC Status: NOK", PanelColour::Red);
+            paintStatus(m_result.statusPanel, 9, u"AC Status: NOK", PanelColour::Red);
         if (!m_seenTitles)
             m_seenTitles.emplace();
         m_seenTitles->resize(static_cast<std::size_t>(place) + 1);
@@ -248,8 +238,8 @@ void FolderReader::readEffectsSection(const std::u16string &name)
         const std::u16string lowerKey = LCase(key);
         for (std::size_t index = 0; index < EFFECT_COUNT; ++index) {
             if (lowerKey == EFFECT_KEYS[index]) {
-                m_result.txt_effects[index] = text;
-                m_result.chk_Effect[index] = flat.find(u",1") != std::u16string::npos;
+                m_result.effectNames[index] = text;
+                m_result.effectRunsOnce[index] = flat.find(u",1") != std::u16string::npos;
                 break;
             }
         }
@@ -268,7 +258,7 @@ void FolderReader::readOtherSection(const std::u16string &name)
         const std::u16string lowerKey = LCase(key);
         m_ini.setKey(key);
         if (lowerKey == u"wing_span") {
-            m_result.txt_WingSpan_Org = numberText(leadingNumber(m_ini.Value()), m_input.decimalSeparator);
+            m_result.wingSpanText = numberText(Val(m_ini.Value()), m_input.decimalSeparator);
             m_result.WingSpanSection = name;
         }
         // Whatever goes wrong below is skipped until the key is done; handling the key also leaves the load
@@ -277,9 +267,9 @@ void FolderReader::readOtherSection(const std::u16string &name)
         if (lowerKey == u"exit.0" || lowerKey == u"exit.1" || lowerKey == u"exit.2")
             readExit(static_cast<std::size_t>(lowerKey[5] - u'0'), m_ini.Value());
         else if (general && lowerKey == u"atc_model")
-            m_result.txt_general_atc_model = m_ini.Value();
+            m_result.generalAtcModel = m_ini.Value();
         else if (general && lowerKey == u"atc_type")
-            m_result.txt_general_atc_type = m_ini.Value();
+            m_result.generalAtcType = m_ini.Value();
     }
 }
 
@@ -290,20 +280,20 @@ void FolderReader::readExit(std::size_t exit, const std::u16string &value)
 {
     bool errorStands = false;
     const std::vector<std::u16string> parts = splitAtCommas(value);
-    std::array<std::u16string, 5> &fields = m_result.txt_Exit[exit];
+    std::array<std::u16string, 5> &fields = m_result.exitFields[exit];
     for (std::size_t k = 0; k < fields.size(); ++k) {
         if (k >= parts.size()) {
             errorStands = true;
             continue;
         }
         const std::u16string &part = parts[k];
-        const std::u16string_view trimmed = trimBlanks(part);
+        const std::u16string trimmed = Trim(part);
         // Cut at the first blank of the part as it stands, blank before the number and all, so " 0 // door"
         // gives "0" and " 12.5 //x" gives "1". Kept as users have always seen it.
-        if (trimmed.find(u' ') != std::u16string_view::npos)
-            fields[k] = std::u16string(trimmed.substr(0, part.find(u' ') + 1));
+        if (trimmed.find(u' ') != std::u16string::npos)
+            fields[k] = trimmed.substr(0, part.find(u' ') + 1);
         else
-            fields[k] = std::u16string(trimmed);
+            fields[k] = trimmed;
     }
     const std::size_t note = value.find(u"//");
     if (note == std::u16string::npos)
@@ -311,7 +301,7 @@ void FolderReader::readExit(std::size_t exit, const std::u16string &value)
     else
         (exit == 0 ? m_result.ExitNote0 : m_result.ExitNote1) = value.substr(note);
     if (!errorStands)
-        m_result.txt_Jetways = {u"Jetways possible: yes", COLOUR_GREEN};
+        m_result.jetways = {u"Jetways possible: yes", COLOUR_GREEN};
 }
 
 // The current fields of a row, read from the file and not from the grid, as a click on the row reads them.
@@ -320,17 +310,17 @@ CurrentFields readCurrentFields(clsIniFile &ini, const std::u16string &rowText)
     CurrentFields current;
     ini.setSection(rowText);
     ini.setKey(u"texture");
-    current.txt_CurrentTexture = StripComment(slashesToBackslashes(ini.Value()));
-    if (current.txt_CurrentTexture.empty())
-        current.txt_CurrentTexture = DEFAULT_NAME;
+    current.texture = StripComment(slashesToBackslashes(ini.Value()));
+    if (current.texture.empty())
+        current.texture = DEFAULT_NAME;
     ini.setKey(u"model");
-    current.txt_CurrentModel = StripComment(slashesToBackslashes(ini.Value()));
-    if (current.txt_CurrentModel.empty())
-        current.txt_CurrentModel = DEFAULT_NAME;
+    current.model = StripComment(slashesToBackslashes(ini.Value()));
+    if (current.model.empty())
+        current.model = DEFAULT_NAME;
     ini.setKey(u"sim");
-    current.txt_CurrentAirfile = StripComment(ini.Value());
-    if (current.txt_CurrentAirfile.empty())
-        current.txt_CurrentAirfile = u"<none>";
+    current.airFile = StripComment(ini.Value());
+    if (current.airFile.empty())
+        current.airFile = u"<none>";
     return current;
 }
 
@@ -340,15 +330,15 @@ void listFolderFiles(const fs::path &folder, FolderLoadResult &result)
 {
     const FileLookup textures(folder / u"texture.*", LookupKind::FilesAndFolders);
     for (const std::u16string &name : textures.names())
-        result.combo_Texture.push_back(name.size() == 7 ? DEFAULT_NAME : name.size() > 8 ? name.substr(8) : u"");
+        result.textureChoices.push_back(name.size() == 7 ? DEFAULT_NAME : name.size() > 8 ? name.substr(8) : u"");
     const FileLookup models(folder / u"model.*", LookupKind::FilesAndFolders);
     for (const std::u16string &name : models.names())
-        result.combo_Model.push_back(name.size() == 5 ? DEFAULT_NAME : name.size() > 6 ? name.substr(6) : u"");
+        result.modelChoices.push_back(name.size() == 5 ? DEFAULT_NAME : name.size() > 6 ? name.substr(6) : u"");
     const FileLookup airFiles(folder / u"*.air", LookupKind::Files);
     for (const std::u16string &name : airFiles.names()) {
         const std::u16string stem = name.substr(0, name.find(u'.'));
-        result.combo_Airfile.push_back(stem);
-        result.lst_Airfile.push_back(stem);
+        result.airFileChoices.push_back(stem);
+        result.folderAirFiles.push_back(stem);
     }
 }
 
@@ -366,12 +356,12 @@ void readAircraftFolder(const FolderLoadInput &input, clsIniFile &AircraftIni, F
     const std::optional<fs::path> aircraftCfg = aircraftCfgOf(folder);
     result.isAircraftFolder = aircraftCfg.has_value();
     if (!aircraftCfg) {
-        paintStatus(result.panel8, 8, u"AC Folder", PanelColour::Red);
-        result.txt_Jetways = {u"Jetways possible: n/a", COLOUR_NO_ROW};
+        paintStatus(result.folderPanel, 8, u"AC Folder", PanelColour::Red);
+        result.jetways = {u"Jetways possible: n/a", COLOUR_NO_ROW};
     } else {
-        paintStatus(result.panel9, 9, u"AC Status: OK", PanelColour::Green);
-        paintStatus(result.panel8, 8, u"AC Folder", PanelColour::Green);
-        result.cmd_DirUpEnabled = !isDriveRoot(input.folder);
+        paintStatus(result.statusPanel, 9, u"AC Status: OK", PanelColour::Green);
+        paintStatus(result.folderPanel, 8, u"AC Folder", PanelColour::Green);
+        result.upwardsEnabled = !isDriveRoot(input.folder);
         AircraftIni.setPath(aircraftCfg->u16string());
         // One parse for the whole load; nothing is written.
         clsIniFile::Batch batch(AircraftIni);
@@ -390,28 +380,28 @@ void readAircraftFolder(const FolderLoadInput &input, clsIniFile &AircraftIni, F
     const std::size_t n = result.rows.size();
     const bool any = n > 0;
     result.menus = {any, any, any, any, any, !any};
-    for (std::size_t exit = 0; exit < result.txt_Exit.size(); ++exit) {
-        const auto &fields = result.txt_Exit[exit];
-        result.chk_Exit[exit] = std::none_of(fields.begin(), fields.end(), [](const auto &f) { return f.empty(); });
+    for (std::size_t exit = 0; exit < result.exitFields.size(); ++exit) {
+        const auto &fields = result.exitFields[exit];
+        result.exitComplete[exit] = std::none_of(fields.begin(), fields.end(), [](const auto &f) { return f.empty(); });
     }
     result.fieldsWhite = any;
     if (any) {
         result.pathSetting = input.folder;
         result.selectedRow = 0;
-        result.mnuDeleteCaption = u"&Delete [fltsim.0]";
+        result.deleteCommandText = u"&Delete [fltsim.0]";
         result.rowToOpen = 0;
     } else {
-        result.mnuDeleteCaption = u"&Delete [fltsim.x]";
-        paintStatus(result.panel9, 9, u"AC Status: n/a", PanelColour::Grey);
+        result.deleteCommandText = u"&Delete [fltsim.x]";
+        paintStatus(result.statusPanel, 9, u"AC Status: n/a", PanelColour::Grey);
     }
     std::string countText = std::to_string(n);
-    result.panel10Text = std::u16string(countText.begin(), countText.end()) + u" aircraft variations defined";
+    result.variationCountText = std::u16string(countText.begin(), countText.end()) + u" aircraft variations defined";
 
     // What stands beside the aircraft.
     listFolderFiles(folder, result);
-    if (!result.lst_Airfile.empty())
-        result.lst_AirfileIndex = 0;
-    result.SSTab1TabStop = any;
+    if (!result.folderAirFiles.empty())
+        result.selectedFolderAirFile = 0;
+    result.editorTabStop = any;
 }
 
 FolderLoadResult readAircraftFolder(const FolderLoadInput &input, clsIniFile &AircraftIni)

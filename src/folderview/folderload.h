@@ -20,9 +20,9 @@ class clsIniFile;
 //     title=Corvane 737      // any comment
 //     model=
 //     texture=Blue/Tail
-//     [effects]                                     txt_effects(0) "fx_wake", chk_Effect(0) checked
+//     [effects]                                     effectNames[0] "fx_wake", effectRunsOnce[0]
 //     wake=fx_wake, 1
-//     [exits]                                       txt_Exit_0 "0.4" "12" "-3" "4" "0", ExitNote0 "//Door 1L"
+//     [exits]                                       exitFields[0] "0.4" "12" "-3" "4" "0", ExitNote0 "//Door 1L"
 //     exit.0=0.4, 12, -3, 4, 0  //Door 1L
 //
 // The form runs the load in this order: it erases Descriptions and returns at once while LoadGuard is on,
@@ -30,7 +30,7 @@ class clsIniFile;
 // reads every section; then applies the result: panels 8 and 9, cmd_DirUp, the rows, the folder-wide fields,
 // ReadAirFile with AirFileName, the menus, the exit check boxes, the white fields and the "Path" setting,
 // the selected row with mnuDelete's caption, the current fields and panel 10, opens rowToOpen with
-// ListView1_DblClick, fills the combos and lst_Airfile, selects lst_AirfileIndex, and sets SSTab1's tab stop.
+// ListView1_DblClick, fills the combos and lst_Airfile, selects selectedFolderAirFile, and sets SSTab1's tab stop.
 
 // The 17 texts of a grid row: the section name, then sub-items 1 to 16.
 struct GridColumn
@@ -73,7 +73,7 @@ struct TextAndColour
     bool operator==(const TextAndColour &) const = default;
 };
 
-// The effect keys of [effects], by their index in txt_effects and chk_Effect.
+// The effect keys of [effects], by their index in effectNames and effectRunsOnce.
 inline constexpr std::size_t EFFECT_COUNT = 11;
 extern const std::array<const char16_t *, EFFECT_COUNT> EFFECT_KEYS; // "wake", "water", ... "r_wingtipvortice"
 
@@ -92,22 +92,24 @@ struct FolderLoadInput
     bool firstRowOnly = false;
 };
 
+// Which operations on the folder the menus offer: mnuCFG, mnuDelKeys, mnuSortKeys, mnuRenumber, mnuValidate and
+// mnuvalidateAll, in this order.
 struct MenuStates
 {
-    bool mnuCFG = false;
-    bool mnuDelKeys = false;
-    bool mnuSortKeys = false;
-    bool mnuRenumber = false;
-    bool mnuValidate = false;
-    bool mnuvalidateAll = false;
+    bool openConfig = false;
+    bool deleteKeys = false;
+    bool sortKeys = false;
+    bool renumber = false;
+    bool validate = false;
+    bool validateAll = false;
 };
 
 // The three "current" fields of a row, as a click on it reads them from the file.
 struct CurrentFields
 {
-    std::u16string txt_CurrentTexture; // "<default>" when empty
-    std::u16string txt_CurrentModel;   // "<default>" when empty
-    std::u16string txt_CurrentAirfile; // "<none>" when empty
+    std::u16string texture; // "<default>" when empty
+    std::u16string model;   // "<default>" when empty
+    std::u16string airFile; // "<none>" when empty
 
     bool operator==(const CurrentFields &) const = default;
 };
@@ -116,45 +118,49 @@ struct FolderLoadResult
 {
     // The aircraft test: a plain file "aircraft.cfg" (in any case) in the folder.
     bool isAircraftFolder = false;
-    bool cmd_DirUpEnabled = false; // an aircraft folder that is no drive root
-    PanelPaint panel8;             // "AC Folder", green or red
-    PanelPaint panel9;             // "AC Status: OK" / "NOK" / "n/a"; painted by every finished load
-    std::u16string panel10Text;    // n & " aircraft variations defined"
+    bool upwardsEnabled = false;       // cmd_DirUp: an aircraft folder that is no drive root
+    PanelPaint folderPanel;            // panel 8, "AC Folder", green or red
+    PanelPaint statusPanel;            // panel 9, "AC Status: OK" / "NOK" / "n/a"; painted by every finished load
+    std::u16string variationCountText; // panel 10, n & " aircraft variations defined"
 
     // One row per variation section, in file order, and its description by the same index.
     std::vector<GridRow> rows;
     std::vector<std::u16string> Descriptions;
 
-    std::array<std::u16string, EFFECT_COUNT> txt_effects;
-    std::array<bool, EFFECT_COUNT> chk_Effect {};
-    std::u16string txt_WingSpan_Org;
+    // The effect files of txt_effects and whether each runs once (chk_Effect), by index.
+    std::array<std::u16string, EFFECT_COUNT> effectNames;
+    std::array<bool, EFFECT_COUNT> effectRunsOnce {};
+    std::u16string wingSpanText; // txt_WingSpan_Org
     std::u16string WingSpanSection;
-    // txt_Exit[0] holds the five fields of txt_Exit_0, and so on.
-    std::array<std::array<std::u16string, 5>, 3> txt_Exit;
+    // exitFields[0] holds the five fields of exit.0 (txt_Exit_0), and so on.
+    std::array<std::array<std::u16string, 5>, 3> exitFields;
     std::u16string ExitNote0;
     std::u16string ExitNote1; // exit.1's note, overwritten by exit.2's
-    TextAndColour txt_Jetways {u"Jetways possible: no", COLOUR_RED};
-    std::u16string txt_general_atc_model;
-    std::u16string txt_general_atc_type;
+    TextAndColour jetways {u"Jetways possible: no", COLOUR_RED};
+    // atc_model and atc_type of [General].
+    std::u16string generalAtcModel;
+    std::u16string generalAtcType;
     // The raw sim value of the first variation that has one: the air file that ReadAirFile is to read.
     std::u16string AirFileName;
 
     // Settled by the row count once the sections are read.
     MenuStates menus;
-    std::array<bool, 3> chk_Exit {}; // all five fields of the exit filled
+    std::array<bool, 3> exitComplete {}; // all five fields of the exit filled: chk_Exit_0 to 2
     // txt_general_atc_model, txt_general_atc_type, txt_WingSpan_New and the 15 exit fields turn white.
     bool fieldsWhite = false;
     std::optional<std::u16string> pathSetting; // the settings value "Path" to save: only with variations
     std::optional<std::size_t> selectedRow;    // 0, the first row, when there are rows
-    std::u16string mnuDeleteCaption;           // frm_RightClick.mnuDelete
+    std::u16string deleteCommandText;          // the caption of frm_RightClick.mnuDelete
     std::optional<CurrentFields> current;      // of the first row; nothing leaves the fields alone
     std::optional<std::size_t> rowToOpen;      // the row ListView1_DblClick opens
-    std::vector<std::u16string> combo_Texture;
-    std::vector<std::u16string> combo_Model;
-    std::vector<std::u16string> combo_Airfile;
-    std::vector<std::u16string> lst_Airfile;
-    std::optional<std::size_t> lst_AirfileIndex; // entry 0 when the list has entries
-    bool SSTab1TabStop = false;
+    // What the editor offers for texture=, model= and sim=: the suffixes of the texture and model folders, the
+    // air files; and the air files of the folder as lst_Airfile lists them, with the one selected.
+    std::vector<std::u16string> textureChoices;
+    std::vector<std::u16string> modelChoices;
+    std::vector<std::u16string> airFileChoices;
+    std::vector<std::u16string> folderAirFiles;
+    std::optional<std::size_t> selectedFolderAirFile; // entry 0 when the list has entries
+    bool editorTabStop = false;                       // SSTab1 takes the focus by tab
 
     // Whether the load's own error handler still stood when a fault came out: the form then shows the common
     // error box, otherwise the fatal one. Handling the first key of a section that is neither a variation nor

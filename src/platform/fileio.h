@@ -32,9 +32,26 @@ FileIdentity fileIdentity(const std::filesystem::path &path);
 // The wall clock in the epoch and unit of FileIdentity::modifiedNs.
 std::int64_t currentTimeNs();
 
-// The whole content of a regular file, or nothing when it cannot be opened (missing, a folder, locked,
-// no permission).
-std::optional<std::string> readWholeFile(const std::filesystem::path &path);
+// Why a whole-file read failed.
+enum class ReadFailure
+{
+    None,         // read, or nothing tried yet
+    FileNotFound, // no file at the path, its folder there
+    PathNotFound, // a folder on the way is missing, or is no folder
+    AccessDenied, // no permission, or another holder keeps the file locked
+    IsFolder,     // a folder stands at the path
+    Other,        // a device, a pipe, a failing disk
+};
+
+// The content of a whole file, or why it could not be had.
+struct WholeFile
+{
+    std::optional<std::string> bytes; // nothing when the read failed
+    ReadFailure failure = ReadFailure::None;
+};
+
+// The whole content of a regular file; on failure no bytes and the reason.
+WholeFile readWholeFile(const std::filesystem::path &path);
 
 // True when the file carries no write permission (POSIX: none of the write bits; Windows: the read-only
 // attribute). Such a file refuses writes even for root, as Windows refuses administrators.

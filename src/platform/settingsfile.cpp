@@ -183,7 +183,7 @@ KeyPlace findKey(std::string_view content, const std::vector<Line> &lines, std::
 std::u16string readSettingsFile(const fs::path &file, std::u16string_view section, std::u16string_view key,
                                 std::u16string_view defaultValue)
 {
-    const std::optional<std::string> content = readWholeFile(file);
+    const std::optional<std::string> content = readWholeFile(file).bytes;
     if (!content)
         return std::u16string(defaultValue);
     const std::vector<Line> lines = splitLines(*content);
@@ -203,7 +203,7 @@ bool writeSettingsFile(const fs::path &file, std::u16string_view section, std::u
 
     std::string content;
     if (fs::exists(file, error)) {
-        std::optional<std::string> old = readWholeFile(file);
+        std::optional<std::string> old = readWholeFile(file).bytes;
         // A store that cannot be read must not be overwritten with this one value.
         if (!old)
             return false;

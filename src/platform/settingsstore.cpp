@@ -14,16 +14,6 @@ namespace fleetwright::platform {
 
 namespace {
 
-[[noreturn]] void typeMismatch()
-{
-    throw RuntimeError(13, u"Type mismatch");
-}
-
-[[noreturn]] void overflow()
-{
-    throw RuntimeError(6, u"Overflow");
-}
-
 bool isBlank(char16_t ch)
 {
     return ch == u' ' || ch == u'\t' || ch == u'\r' || ch == u'\n' || ch == u'\v' || ch == u'\f';
@@ -67,10 +57,10 @@ std::optional<bool> radixLiteral(std::u16string_view text)
     for (const char16_t ch : text.substr(2)) {
         const int digit = digitValue(ch);
         if (digit >= radix)
-            typeMismatch();
+            throw RuntimeError::typeMismatch();
         value = value * radix + digit;
         if (value > 0xFFFFFFFFu)
-            overflow();
+            throw RuntimeError::overflow();
     }
     return value != 0;
 }
@@ -138,7 +128,7 @@ std::optional<bool> decimalLiteral(std::u16string_view text)
         // The decimal magnitude says which way it ran out of range.
         const long long magnitude = integerDigits > 0 ? integerDigits + exponent : exponent - leadingFractionZeros;
         if (magnitude > 0)
-            overflow();
+            throw RuntimeError::overflow();
         return false;
     }
     if (error != std::errc() || end != ascii.data() + ascii.size())
@@ -159,7 +149,7 @@ bool settingToBool(std::u16string_view text)
         return *radix;
     if (const std::optional<bool> number = decimalLiteral(value))
         return *number;
-    typeMismatch();
+    throw RuntimeError::typeMismatch();
 }
 
 SettingsStore::SettingsStore(std::u16string application, std::u16string section)

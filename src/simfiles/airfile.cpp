@@ -6,6 +6,7 @@
 
 #include "core/dialogs.h"
 #include "core/errorbox.h"
+#include "core/paths.h"
 #include "core/runtimeerror.h"
 #include "platform/fileio.h"
 #include "platform/filelookup.h"
@@ -78,7 +79,7 @@ AirFileReading ReadAirFile(const std::u16string &folder, AirFileState &state, Di
         file = existingFile(state.AirFileName);
     } catch (const fs::filesystem_error &) {
         // A name the file system cannot take at all.
-        showCommonError(dialogs, RuntimeError(52, u"Bad file name or number", u"ReadAirFile"));
+        showCommonError(dialogs, RuntimeError::badFileNameOrNumber(u"ReadAirFile"));
         return {AirFileOutcome::Failed};
     }
     if (!file)
@@ -159,25 +160,26 @@ void ReadByteArray(const std::u16string &path, std::vector<std::uint8_t> &bytes)
     const std::optional<fs::path> file = existingFile(path);
     if (!file) {
         if (!path.empty() && platform::FileLookup::exists(fs::path(path), platform::LookupKind::Folders))
-            throw RuntimeError(75, u"Path/File access error");
-        throw RuntimeError(53, u"File not found");
+            throw RuntimeError::pathFileAccessError();
+        throw RuntimeError::fileNotFound();
     }
-    const std::optional<std::string> content = platform::readWholeFile(*file);
-    if (!content)
-        throw RuntimeError(70, u"Permission denied");
-    bytes.assign(content->begin(), content->end());
+    const platform::WholeFile read = platform::readWholeFile(*file);
+    if (!read.bytes)
+        throw RuntimeError::readFailure(read.failure);
+    const std::string &content = *read.bytes;
+    bytes.assign(content.begin(), content.end());
     if (bytes.size() < 3)
-        throw RuntimeError(9, u"Subscript out of range");
+        throw RuntimeError::subscriptOutOfRange();
     if (bytes[0] != 0xEF || bytes[1] != 0xBB || bytes[2] != 0xBF)
         return;
     // The copy loop counts in 16 bits.
     if (bytes.size() > static_cast<std::size_t>(std::numeric_limits<std::int16_t>::max()))
-        throw RuntimeError(6, u"Overflow");
+        throw RuntimeError::overflow();
     if (platform::isReadOnly(*file))
-        throw RuntimeError(75, u"Path/File access error");
+        throw RuntimeError::pathFileAccessError();
     // Written over the start and not truncated: the file keeps its length, its last three bytes stand twice.
-    if (!writeBytesAt(*file, 0, std::string_view(*content).substr(3)))
-        throw RuntimeError(70, u"Permission denied");
+    if (!writeBytesAt(*file, 0, std::string_view(content).substr(3)))
+        throw RuntimeError::permissionDenied();
 }
 
 } // namespace fleetwright

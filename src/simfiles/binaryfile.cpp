@@ -11,21 +11,6 @@ namespace fs = std::filesystem;
 using platform::FileLookup;
 using platform::LookupKind;
 
-char16_t nativeSeparator()
-{
-    return static_cast<char16_t>(fs::path::preferred_separator);
-}
-
-std::u16string nativeSeparators(std::u16string text)
-{
-    const char16_t separator = nativeSeparator();
-    for (char16_t &ch : text) {
-        if (ch == u'\\' || ch == u'/')
-            ch = separator;
-    }
-    return text;
-}
-
 std::optional<fs::path> existingFile(const std::u16string &path)
 {
     return FileLookup::findFile(path);

@@ -8,13 +8,6 @@
 
 namespace fleetwright {
 
-// The path separator of the platform, for paths that the rules build with "\".
-char16_t nativeSeparator();
-
-// text with every "\" and "/" turned into the native separator: values such as model= and sim= become path
-// parts on every platform.
-std::u16string nativeSeparators(std::u16string text);
-
 // The regular file at path, looked up without regard to case as Windows finds it; nothing when there is none.
 std::optional<std::filesystem::path> existingFile(const std::u16string &path);
 

@@ -4,7 +4,7 @@
 
 #include "core/arraysearch.h"
 #include "core/runtimeerror.h"
-#include "folderview/numbertext.h"
+#include "core/vbtext.h"
 
 namespace fleetwright {
 
@@ -49,8 +49,8 @@ double platformNumber(const std::u16string &text, char16_t decimalSeparator)
 {
     const std::u16string plain = normalised(text, decimalSeparator);
     if (!isNumericText(plain))
-        throw RuntimeError(13, u"Type mismatch");
-    return leadingNumber(plain);
+        throw RuntimeError::typeMismatch();
+    return Val(plain);
 }
 
 bool readsAsNumber(const std::u16string &text, char16_t decimalSeparator)
@@ -83,8 +83,8 @@ void RoundUpToWhole(const std::u16string &text, std::u16string &result, char16_t
         const std::size_t next = text.find(separator, split + 1);
         const std::u16string behind =
             text.substr(split + 1, next == std::u16string::npos ? std::u16string::npos : next - split - 1);
-        if (leadingNumber(behind) > 0)
-            value = leadingNumber(text.substr(0, split)) + 1;
+        if (Val(behind) > 0)
+            value = Val(text.substr(0, split)) + 1;
         else
             value = std::nearbyint(platformNumber(text, decimalSeparator)); // to even, as the run time rounds
     }

@@ -9,6 +9,8 @@
 #include "core/aircraftfilestore.h"
 #include "core/arraysearch.h"
 #include "core/dialogs.h"
+#include "core/paths.h"
+#include "core/vbtext.h"
 #include "platform/fileio.h"
 #include "simfiles/binaryfile.h"
 
@@ -23,49 +25,16 @@ const std::u16string NOT_AVAILABLE = u"n/a";
 constexpr std::size_t TAG_OFFSET = 8;
 constexpr std::size_t RADIUS_OFFSET = 28;
 
-std::u16string asciiLower(std::u16string_view text)
+// A drive root gets no second separator before "model.": the test takes "\\" on every platform.
+bool endsLikeDriveRoot(const std::u16string &folder)
 {
-    std::u16string lower(text);
-    for (char16_t &ch : lower) {
-        if (ch >= u'A' && ch <= u'Z')
-            ch = static_cast<char16_t>(ch + (u'a' - u'A'));
-    }
-    return lower;
-}
-
-std::u16string trimBlanks(std::u16string_view text)
-{
-    const std::size_t first = text.find_first_not_of(u' ');
-    if (first == std::u16string_view::npos)
-        return {};
-    return std::u16string(text.substr(first, text.find_last_not_of(u' ') - first + 1));
-}
-
-bool endsWithSeparator(const std::u16string &folder)
-{
-    return !folder.empty() && (folder.back() == nativeSeparator() || folder.back() == u'\\' || folder.back() == u'/');
+    return endsWithSeparator(folder) || (!folder.empty() && folder.back() == u'\\');
 }
 
 std::u16string decimalText(unsigned value)
 {
     const std::string digits = std::to_string(value);
     return std::u16string(digits.begin(), digits.end());
-}
-
-// "&HFF", "&o17": up to 16 bits the value is an Integer, so "&HFFFF" is -1; up to 32 bits a Long.
-std::optional<double> hexOrOctalValue(std::u16string_view body)
-{
-    const unsigned base = (body[1] == u'H' || body[1] == u'h') ? 16 : 8;
-    std::uint64_t value = 0;
-    for (char16_t ch : body.substr(2)) {
-        const unsigned digit = ch <= u'9' ? ch - u'0' : (ch | 0x20) - u'a' + 10;
-        value = value * base + digit;
-        if (value > 0xFFFFFFFFull)
-            return std::nullopt;
-    }
-    if (value <= 0xFFFF)
-        return static_cast<std::int16_t>(static_cast<std::uint16_t>(value));
-    return static_cast<std::int32_t>(static_cast<std::uint32_t>(value));
 }
 
 } // namespace
@@ -79,7 +48,7 @@ ModelConfig resolveModelName(const std::u16string &folder, const std::u16string 
     if (model == DEFAULT_MODEL)
         config.path = folder + separator + u"model" + separator + u"model.cfg";
     else
-        config.path = (endsWithSeparator(folder) ? folder : folder + separator) + u"model." + nativeSeparators(model)
+        config.path = (endsLikeDriveRoot(folder) ? folder : folder + separator) + u"model." + nativeSeparators(model)
             + separator + u"model.cfg";
     if (!existingFile(config.path)) {
         config.missing = true;
@@ -89,11 +58,11 @@ ModelConfig resolveModelName(const std::u16string &folder, const std::u16string 
     std::vector<std::u16string> lines;
     FileToArray(config.path, lines, &dialogs);
     for (const std::u16string &line : lines) {
-        if (asciiLower(std::u16string_view(line).substr(0, 7)) != u"normal=")
+        if (lowerAsciiOnly(std::u16string_view(line).substr(0, 7)) != u"normal=")
             continue;
-        config.modelName = trimBlanks(std::u16string_view(line).substr(7));
+        config.modelName = Trim(std::u16string_view(line).substr(7));
         const std::size_t size = config.modelName.size();
-        if (size >= 4 && asciiLower(std::u16string_view(config.modelName).substr(size - 4)) == u".mdl")
+        if (size >= 4 && lowerAsciiOnly(std::u16string_view(config.modelName).substr(size - 4)) == u".mdl")
             config.modelName.resize(size - 4);
         break;
     }
@@ -149,7 +118,7 @@ ModelFileReading readModelFile(const std::u16string &folder, const std::u16strin
 
 std::optional<std::uint8_t> radiusByte(const std::u16string &text, char16_t decimalSeparator)
 {
-    std::u16string body = trimBlanks(text);
+    std::u16string body = Trim(text);
     if (decimalSeparator != u'.') {
         for (char16_t &ch : body) {
             if (ch == decimalSeparator)
@@ -161,7 +130,7 @@ std::optional<std::uint8_t> radiusByte(const std::u16string &text, char16_t deci
 
     std::optional<double> value;
     if (body[0] == u'&') {
-        value = hexOrOctalValue(body);
+        value = radixValue(std::u16string_view(body).substr(2), body[1] == u'H' || body[1] == u'h' ? 16 : 8);
     } else {
         // isNumericText let only ASCII through; from_chars takes no "+" and ignores the locale.
         std::string ascii(body.begin() + (body[0] == u'+' ? 1 : 0), body.end());

@@ -6,8 +6,9 @@
 #include <system_error>
 #include <vector>
 
+#include "core/paths.h"
 #include "core/runtimeerror.h"
-#include "folderview/numbertext.h"
+#include "core/vbtext.h"
 #include "platform/codepage.h"
 #include "platform/fileio.h"
 #include "version.h"
@@ -36,72 +37,6 @@ std::vector<std::u16string_view> versionParts(std::u16string_view version)
             return parts;
         start = dot + 1;
     }
-}
-
-bool isDigit(char16_t ch)
-{
-    return ch >= u'0' && ch <= u'9';
-}
-
-bool isHexDigit(char16_t ch)
-{
-    return isDigit(ch) || (ch >= u'a' && ch <= u'f') || (ch >= u'A' && ch <= u'F');
-}
-
-// Whether a stored text converts to a number at all: "7", " 12 ", "-3", "7.0", "1e1", "&H1A", "&O17".
-bool isNumberText(std::u16string_view text)
-{
-    while (!text.empty() && text.front() == u' ')
-        text.remove_prefix(1);
-    while (!text.empty() && text.back() == u' ')
-        text.remove_suffix(1);
-    if (text.size() > 2 && text[0] == u'&') {
-        const char16_t radix = text[1];
-        const std::u16string_view digits = text.substr(2);
-        if (radix == u'H' || radix == u'h') {
-            for (const char16_t ch : digits) {
-                if (!isHexDigit(ch))
-                    return false;
-            }
-            return true;
-        }
-        if (radix == u'O' || radix == u'o') {
-            for (const char16_t ch : digits) {
-                if (ch < u'0' || ch > u'7')
-                    return false;
-            }
-            return true;
-        }
-        return false;
-    }
-    std::size_t i = 0;
-    if (i < text.size() && (text[i] == u'+' || text[i] == u'-'))
-        ++i;
-    std::size_t mantissaDigits = 0;
-    for (; i < text.size() && isDigit(text[i]); ++i)
-        ++mantissaDigits;
-    if (i < text.size() && text[i] == u'.') {
-        for (++i; i < text.size() && isDigit(text[i]); ++i)
-            ++mantissaDigits;
-    }
-    if (mantissaDigits == 0)
-        return false;
-    if (i < text.size() && (text[i] == u'e' || text[i] == u'E' || text[i] == u'd' || text[i] == u'D')) {
-        ++i;
-        if (i < text.size() && (text[i] == u'+' || text[i] == u'-'))
-            ++i;
-        std::size_t exponentDigits = 0;
-        for (; i < text.size() && isDigit(text[i]); ++i)
-            ++exponentDigits;
-        if (exponentDigits == 0)
-            return false;
-    }
-    return i == text.size();
-}
-
-bool isSeparator(char16_t ch)
-{
-    return ch == u'/' || ch == static_cast<char16_t>(std::filesystem::path::preferred_separator);
 }
 
 } // namespace
@@ -155,8 +90,8 @@ UpdateVerdict compareVersions(std::u16string_view webVersion, std::u16string_vie
     std::array<double, 3> c {};
     try {
         for (std::size_t i = 0; i < 3; ++i) {
-            w[i] = leadingNumber(std::u16string(web[i]));
-            c[i] = leadingNumber(std::u16string(own[i]));
+            w[i] = Val(web[i]);
+            c[i] = Val(own[i]);
         }
     } catch (const RuntimeError &) {
         return UpdateVerdict::None;
@@ -215,10 +150,10 @@ int weekOfYear(int year, unsigned month, unsigned day)
 
 bool automaticCheckDue(std::u16string_view storedLastCheck, int currentWeek)
 {
-    if (!isNumberText(storedLastCheck))
-        throw RuntimeError(13, u"Type mismatch", u"Form_Activate");
+    if (!convertsToNumber(storedLastCheck))
+        throw RuntimeError::typeMismatch(u"Form_Activate");
     try {
-        return leadingNumber(std::u16string(storedLastCheck)) != static_cast<double>(currentWeek);
+        return Val(storedLastCheck) != static_cast<double>(currentWeek);
     } catch (RuntimeError &error) {
         error.setProcedure(u"Form_Activate");
         throw;
@@ -227,10 +162,7 @@ bool automaticCheckDue(std::u16string_view storedLastCheck, int currentWeek)
 
 std::u16string LocalFolder(std::u16string_view tempVariable, std::u16string_view programFolder)
 {
-    std::u16string folder(tempVariable.empty() ? programFolder : tempVariable);
-    if (folder.empty() || !isSeparator(folder.back()))
-        folder.push_back(static_cast<char16_t>(std::filesystem::path::preferred_separator));
-    return folder;
+    return withTrailingSeparator(std::u16string(tempVariable.empty() ? programFolder : tempVariable));
 }
 
 std::u16string localConfigFile(std::u16string_view localFolder)
@@ -250,7 +182,7 @@ UpdateCheckResult completeUpdateCheck(std::string_view received, std::uint64_t t
     // be written reads as nothing, and nothing gives no verdict.
     const std::filesystem::path path(localFile);
     platform::replaceFileAtomically(path, received);
-    if (const auto bytes = platform::readWholeFile(path))
+    if (const auto bytes = platform::readWholeFile(path).bytes)
         result.configuration = parseUpdateConfiguration(*bytes);
     // Only a file is deleted, never a folder of that name.
     std::error_code ignored;

@@ -5,7 +5,9 @@
 
 #include "core/arraysearch.h"
 #include "core/clsinifile.h"
+#include "core/paths.h"
 #include "core/runtimeerror.h"
+#include "core/vbtext.h"
 #include "platform/filelookup.h"
 #include "simfiles/binaryfile.h"
 #include "validation/validationstate.h"
@@ -29,14 +31,6 @@ bool IsListedAirline(const std::vector<std::u16string> &list, const std::u16stri
 bool startsWith(std::u16string_view text, std::u16string_view start)
 {
     return text.substr(0, start.size()) == start;
-}
-
-std::u16string trimBlanks(std::u16string_view text)
-{
-    const std::size_t first = text.find_first_not_of(u' ');
-    if (first == std::u16string_view::npos)
-        return {};
-    return std::u16string(text.substr(first, text.find_last_not_of(u' ') - first + 1));
 }
 
 // The file an effect key stands for when its value is only a switch. Keys without one (fueldump,
@@ -127,15 +121,15 @@ void effectSection(RunState &state, clsIniFile &AircraftIni, const std::u16strin
             if (const std::u16string *file = defaultEffectFile(key))
                 state.CurrentEffectFile = *file;
         } else {
-            state.CurrentEffectFile = trimBlanks(value);
+            state.CurrentEffectFile = Trim(value);
         }
-        if (trimBlanks(state.CurrentEffectFile).empty()) {
+        if (Trim(state.CurrentEffectFile).empty()) {
             element.clear();
             continue;
         }
         const std::size_t comma = state.CurrentEffectFile.find(u',');
         if (comma != std::u16string::npos)
-            state.CurrentEffectFile = trimBlanks(std::u16string_view(state.CurrentEffectFile).substr(0, comma));
+            state.CurrentEffectFile = Trim(std::u16string_view(state.CurrentEffectFile).substr(0, comma));
         const std::u16string &file = state.CurrentEffectFile;
         if (file.size() < 3 || file.compare(file.size() - 3, 3, u".fx") != 0)
             state.CurrentEffectFile += u".fx";
@@ -143,16 +137,13 @@ void effectSection(RunState &state, clsIniFile &AircraftIni, const std::u16strin
     }
     // The file check asks for the bounds of the key array, which a section without keys has not got.
     if (count == 0)
-        throw RuntimeError(9, u"Subscript out of range", std::u16string(ProcedureName));
+        throw RuntimeError::subscriptOutOfRange(std::u16string(ProcedureName));
     const std::u16string &folder = state.UseFs9 ? state.Fs9EffectsFolder : state.FsxEffectsFolder;
     std::vector<std::u16string> missing;
     for (std::u16string &element : state.EffectFiles) {
         if (element.empty())
             continue;
-        std::u16string path = folder;
-        if (path.empty() || path.back() != nativeSeparator())
-            path += nativeSeparator();
-        if (!folder.empty() && platform::FileLookup::findFile(path + nativeSeparators(element)))
+        if (!folder.empty() && platform::FileLookup::findFile(joinPath(folder, nativeSeparators(element))))
             continue;
         missing.push_back(element);
     }

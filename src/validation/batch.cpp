@@ -7,6 +7,7 @@
 
 #include "core/clsinifile.h"
 #include "core/dialogs.h"
+#include "core/paths.h"
 #include "platform/codepage.h"
 #include "platform/filelookup.h"
 #include "platform/utf8.h"
@@ -25,21 +26,6 @@ const std::u16string PROCEDURE = u"cmdStart_Click";
 const std::u16string SINGLE_REPORT = u"corvanecheck.log";
 const std::u16string BATCH_REPORT = u"corvanecheckall.log";
 constexpr std::size_t MAX_FOLDERS = 32767; // the folder count is a 16-bit number
-
-bool endsWithSeparator(const std::u16string &folder)
-{
-    if (folder.empty())
-        return false;
-    const char16_t last = folder.back();
-    return last == static_cast<char16_t>(fs::path::preferred_separator) || last == u'/';
-}
-
-std::u16string joined(const std::u16string &folder, const std::u16string &name)
-{
-    if (endsWithSeparator(folder))
-        return folder + name;
-    return folder + static_cast<char16_t>(fs::path::preferred_separator) + name;
-}
 
 // Stars, the line and Stars again, each closed by CR LF: the batch frame and the failure block alike.
 std::u16string framed(const std::u16string &line)
@@ -63,7 +49,7 @@ template<typename Step> void skippingErrors(std::vector<std::u16string> &skipped
 // A report left in a folder by an earlier single run would be taken for a finding of the next one.
 void deleteFolderReport(const std::u16string &folder, std::vector<std::u16string> &skipped)
 {
-    const std::optional<fs::path> report = FileLookup::findFile(joined(folder, SINGLE_REPORT));
+    const std::optional<fs::path> report = FileLookup::findFile(joinPath(folder, SINGLE_REPORT));
     if (!report)
         return;
     std::error_code error;
@@ -83,10 +69,10 @@ std::u16string batchReportHeader(const std::u16string &BatchStartFolder, bool er
 BatchResult runBatchValidation(const BatchInput &input, clsIniFile &AircraftIni, Dialogs &dialogs)
 {
     if (input.BatchRoot.empty() || !FileLookup::exists(input.BatchRoot, LookupKind::Folders))
-        throw RuntimeError(76, u"Path not found", PROCEDURE);
+        throw RuntimeError::pathNotFound(PROCEDURE);
     const std::vector<std::u16string> names = FileLookup(fs::path(input.BatchRoot) / u"*", LookupKind::Folders).names();
     if (names.size() > MAX_FOLDERS)
-        throw RuntimeError(6, u"Overflow", PROCEDURE);
+        throw RuntimeError::overflow(PROCEDURE);
 
     BatchResult result;
     result.folderCount = names.size();
@@ -114,7 +100,7 @@ BatchResult runBatchValidation(const BatchInput &input, clsIniFile &AircraftIni,
             break;
         }
         BatchFolder &done = result.folders.emplace_back();
-        done.folder = joined(input.BatchRoot, names[i]);
+        done.folder = joinPath(input.BatchRoot, names[i]);
         std::string text; // what the folder adds to the report, in the code page
         skippingErrors(result.skippedErrors, [&] {
             const ValidationFeed feed = input.loadFolder ? input.loadFolder(done.folder)

@@ -18,7 +18,7 @@ void openRow(const std::u16string &folder, const FolderLoadResult &loaded, std::
 {
     try {
         if (row >= loaded.Descriptions.size())
-            throw RuntimeError(9, u"Subscript out of range");
+            throw RuntimeError::subscriptOutOfRange();
         const std::u16string &model = loaded.rows[row][GridColumn::Model];
         const ModelConfig config = resolveModelName(folder, model, dialogs);
         if (config.missing)

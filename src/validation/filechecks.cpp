@@ -13,7 +13,9 @@
 
 #include "core/arraysearch.h"
 #include "core/clsinifile.h"
+#include "core/paths.h"
 #include "core/runtimeerror.h"
+#include "core/vbtext.h"
 #include "platform/filelookup.h"
 #include "simfiles/airfile.h"
 #include "simfiles/binaryfile.h"
@@ -28,28 +30,6 @@ using platform::FileLookup;
 using platform::LookupKind;
 
 constexpr std::u16string_view AliasingNoteText = u" (fallback.x aliasing used in configuration, maybe valid)";
-
-char16_t sep()
-{
-    return nativeSeparator();
-}
-
-std::u16string joinPath(const std::u16string &folder, const std::u16string &name)
-{
-    std::u16string path;
-    path.reserve(folder.size() + 1 + name.size());
-    path += folder;
-    if (path.empty() || path.back() != sep())
-        path += sep();
-    return path += name;
-}
-
-// What a report row shows of a native path: "\" between the parts on every platform.
-std::u16string reportForm(std::u16string path)
-{
-    std::replace(path.begin(), path.end(), sep(), u'\\');
-    return path;
-}
 
 bool PatternHasMatch(const std::u16string &pattern)
 {
@@ -192,9 +172,9 @@ int modelFileState(const std::u16string &folder, std::u16string normal)
 FileLookup subfolderNames(const std::u16string &folder, const std::u16string &procedure)
 {
     if (!FileLookup::exists(folder, LookupKind::Folders))
-        throw RuntimeError(76, u"Path not found", procedure);
+        throw RuntimeError::pathNotFound(procedure);
     if (!FileLookup::canList(folder))
-        throw RuntimeError(70, u"Permission denied", procedure);
+        throw RuntimeError::permissionDenied(procedure);
     return FileLookup(joinPath(folder, u"*"), LookupKind::Folders);
 }
 
@@ -235,12 +215,12 @@ void analyzeFolder(const std::u16string &folder, const std::u16string &mask, std
         // folder object fails on it.
         std::optional<fs::path> found = FileLookup::resolve(item.path);
         if (!found)
-            throw RuntimeError(76, u"Path not found", procedure);
+            throw RuntimeError::pathNotFound(procedure);
         fs::path &resolved = *found;
         fs::path canonical = platform::canonicalBelow(inside.back().resolved, inside.back().canonical, resolved);
         if (std::any_of(inside.begin(), inside.end(),
                         [&](const Inside &above) { return above.canonical == canonical; }))
-            throw RuntimeError(76, u"Path not found", procedure);
+            throw RuntimeError::pathNotFound(procedure);
         FolderScanText += ListSeparator + item.path + ListSeparator + matchFlag(joinPath(item.path, mask));
         inside.push_back({std::move(resolved), std::move(canonical)});
         pushChildren(item.path, item.depth + 1);
@@ -292,7 +272,8 @@ void unusedFolders(RunState &state, const std::u16string &base, const std::u16st
         usedNames.insert(LCase(usedFolderName(base, r.*field)));
     for (std::size_t p = 0; p + 1 < pairs.size(); ++p) {
         const std::u16string &path = pairs[p].first;
-        const std::u16string R = LCase(reportForm(path.substr(std::min(path.size(), state.FolderPrefix.size()))));
+        const std::u16string R =
+            LCase(backslashSeparators(path.substr(std::min(path.size(), state.FolderPrefix.size()))));
         if (usedNames.contains(R)) {
             increment(found);
         } else if (pairs[p].second == u"-1") {
@@ -331,11 +312,11 @@ void textureState(RunState &state, SectionRecord &record)
     V = StripComment(V);
     std::replace(V.begin(), V.end(), u'/', u'\\');
     // Each "..\" climbs one level from T.
-    const long long n = static_cast<long long>(CountOccurrences(T, std::u16string(1, sep())));
+    const long long n = static_cast<long long>(CountOccurrences(T, std::u16string(1, nativeSeparator())));
     const long long m = static_cast<long long>(CountOccurrences(V, u"..\\"));
-    const long long keep = FindNthOccurrence(n + 1 - m, T, std::u16string(1, sep()));
+    const long long keep = FindNthOccurrence(n + 1 - m, T, std::u16string(1, nativeSeparator()));
     if (keep < 0)
-        throw RuntimeError(5, u"Invalid procedure call or argument", std::u16string(ProcedureName));
+        throw RuntimeError::invalidProcedureCall(std::u16string(ProcedureName));
     const std::u16string F = T.substr(0, static_cast<std::size_t>(keep)) + nativeSeparators(withoutAll(V, u"..\\"));
     record.textureState = holdsPictures(F) ? StatePresent : StateMissing;
 }
@@ -376,10 +357,10 @@ void modelState(RunState &state, SectionRecord &record)
         return;
     // An alias is relative to the folder that holds the aircraft folders.
     L = nativeSeparators(StripComment(L));
-    if (L.empty() || L.front() != sep())
-        L.insert(L.begin(), sep());
+    if (L.empty() || L.front() != nativeSeparator())
+        L.insert(L.begin(), nativeSeparator());
     std::u16string above = state.FolderPrefix.substr(0, state.FolderPrefix.empty() ? 0 : state.FolderPrefix.size() - 1);
-    const std::size_t last = above.rfind(sep());
+    const std::size_t last = above.rfind(nativeSeparator());
     above.resize(last == std::u16string::npos ? 0 : last);
     const std::u16string B = above + L;
     const auto aliasConfig = FileLookup::findFile(joinPath(B, u"Model.cfg"));

@@ -7,6 +7,7 @@
 #include <initializer_list>
 #include <system_error>
 
+#include "core/paths.h"
 #include "core/runtimeerror.h"
 #include "platform/codepage.h"
 #include "platform/fileio.h"
@@ -32,16 +33,16 @@ void writeBytes(const fs::path &path, const std::string &bytes, bool append, con
 {
     if (!append) {
         if (!platform::writeFileInPlace(path, bytes))
-            throw RuntimeError(75, u"Path/File access error", procedure);
+            throw RuntimeError::pathFileAccessError(procedure);
         return;
     }
     std::ofstream out(path, std::ios::binary | std::ios::app);
     if (!out)
-        throw RuntimeError(75, u"Path/File access error", procedure);
+        throw RuntimeError::pathFileAccessError(procedure);
     out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     out.close();
     if (!out)
-        throw RuntimeError(75, u"Path/File access error", procedure);
+        throw RuntimeError::pathFileAccessError(procedure);
 }
 
 } // namespace
@@ -97,7 +98,7 @@ void appendReportBytes(const fs::path &path, const std::string &bytes, const std
 
 std::string readReportBytes(const fs::path &path)
 {
-    return platform::readWholeFile(path).value_or(std::string());
+    return platform::readWholeFile(path).bytes.value_or(std::string());
 }
 
 void FindEmptyFolders(const std::u16string &path, const std::u16string &EmptyFolderRoot,
@@ -142,21 +143,19 @@ void FindEmptyFolders(const std::u16string &path, const std::u16string &EmptyFol
         if (!platform::FileLookup::canList(*resolved))
             continue; // unreadable: passed over as the walk ignores its errors
         inside.push_back({std::move(*resolved), std::move(canonical)});
-        const std::u16string pattern = item.path + (item.path.back() == sep ? u"" : std::u16string(1, sep)) + u"*";
+        const std::u16string pattern = joinPath(item.path, u"*");
         const platform::FileLookup lookup(pattern, platform::LookupKind::Folders);
         const std::vector<std::u16string> &subfolders = lookup.names();
         if (!subfolders.empty()) {
             for (auto it = subfolders.rbegin(); it != subfolders.rend(); ++it)
-                pending.push_back(
-                    {item.path + (item.path.back() == sep ? u"" : std::u16string(1, sep)) + *it, item.depth + 1});
+                pending.push_back({joinPath(item.path, *it), item.depth + 1});
             continue;
         }
         if (!platform::FileLookup(pattern, platform::LookupKind::FilesAndFolders).names().empty())
             continue;
-        std::u16string below =
+        const std::u16string below =
             item.path.size() > EmptyFolderRoot.size() ? item.path.substr(EmptyFolderRoot.size()) : u"";
-        std::replace(below.begin(), below.end(), sep, u'\\');
-        addRow(EmptyFolderList, u"..\\" + below);
+        addRow(EmptyFolderList, u"..\\" + backslashSeparators(below));
     }
 }
 

@@ -9,7 +9,9 @@
 #include "core/arraysearch.h"
 #include "core/clsinifile.h"
 #include "core/dialogs.h"
+#include "core/paths.h"
 #include "core/runtimeerror.h"
+#include "core/vbtext.h"
 #include "platform/filelookup.h"
 #include "simfiles/binaryfile.h"
 #include "validation/reportwriter.h"
@@ -51,56 +53,22 @@ void zeroWhenEmpty(std::u16string &list)
 void increment(std::int16_t &counter)
 {
     if (counter == std::numeric_limits<std::int16_t>::max())
-        throw RuntimeError(6, u"Overflow", std::u16string(ProcedureName));
+        throw RuntimeError::overflow(std::u16string(ProcedureName));
     ++counter;
-}
-
-double leadingDecimal(std::u16string_view text)
-{
-    std::size_t i = 0;
-    auto skipBlanks = [&] {
-        while (i < text.size() && (text[i] == u' ' || text[i] == u'\t'))
-            ++i;
-    };
-    skipBlanks();
-    bool negative = false;
-    if (i < text.size() && (text[i] == u'-' || text[i] == u'+')) {
-        negative = text[i] == u'-';
-        ++i;
-    }
-    double value = 0;
-    for (; i < text.size(); ++i) {
-        if (text[i] >= u'0' && text[i] <= u'9')
-            value = value * 10 + (text[i] - u'0');
-        else if (text[i] != u' ' && text[i] != u'\t') // the run time's Val reads "1 2" as 12
-            break;
-    }
-    if (i < text.size() && text[i] == u'.') {
-        double scale = 0.1;
-        for (++i; i < text.size(); ++i) {
-            if (text[i] >= u'0' && text[i] <= u'9') {
-                value += (text[i] - u'0') * scale;
-                scale /= 10;
-            } else if (text[i] != u' ' && text[i] != u'\t') {
-                break;
-            }
-        }
-    }
-    return negative ? -value : value;
 }
 
 double optionValue(const RunState &state, int index)
 {
     if (index < 0 || static_cast<std::size_t>(index) >= state.options.size())
         return 0;
-    return leadingDecimal(state.options[static_cast<std::size_t>(index)]);
+    return valPlainDecimal(state.options[static_cast<std::size_t>(index)]);
 }
 
 void checkNumbering(RunState &state, std::size_t index)
 {
     SectionRecord &record = state.SectionTable[index];
     const std::u16string_view name = record.sectionName;
-    const double number = leadingDecimal(name.size() > 7 ? name.substr(7) : std::u16string_view());
+    const double number = valPlainDecimal(name.size() > 7 ? name.substr(7) : std::u16string_view());
     if (number == static_cast<double>(index)) {
         record.numberingState = 1;
         return;
@@ -160,7 +128,7 @@ std::u16string lowerPrefix7(const std::u16string &name)
 void fillRecord(RunState &state, clsIniFile &AircraftIni, const std::u16string &sectionName)
 {
     if (state.SectionTable.size() >= static_cast<std::size_t>(std::numeric_limits<std::int16_t>::max()))
-        throw RuntimeError(6, u"Overflow", std::u16string(ProcedureName));
+        throw RuntimeError::overflow(std::u16string(ProcedureName));
     state.SectionNames.push_back(LCase(sectionName));
     SectionRecord &record = state.SectionTable.emplace_back();
     record.sectionName = LCase(sectionName);
@@ -196,10 +164,7 @@ void fillRecord(RunState &state, clsIniFile &AircraftIni, const std::u16string &
 
 bool hasFile(const std::u16string &folder, const std::u16string &name)
 {
-    std::u16string path = folder;
-    if (!path.empty() && path.back() != nativeSeparator())
-        path += nativeSeparator();
-    return platform::FileLookup::findFile(path + name).has_value();
+    return platform::FileLookup::findFile(joinPath(folder, name)).has_value();
 }
 
 } // namespace
@@ -242,7 +207,7 @@ ValidationResult runValidation(const ValidationInput &input, clsIniFile &Aircraf
         chooseFs9(false);
     } else if (input.choice != SimulatorChoice::Ask || input.BatchRunning) {
         chooseFs9(input.choice == SimulatorChoice::Fs9);
-    } else if (leadingDecimal(state.options[9] + state.options[10] + state.options[11] + state.options[21]) > 0) {
+    } else if (valPlainDecimal(state.options[9] + state.options[10] + state.options[11] + state.options[21]) > 0) {
         const int button = dialogs.threeButtonQuestion(u"Select which flightsim version should be used...",
                                                        u"Validate Aircraft: Select FS-Version for ATC/Effects Analysis",
                                                        u"FS9", u"FSX", u"Cancel");
@@ -313,9 +278,7 @@ ValidationResult runValidation(const ValidationInput &input, clsIniFile &Aircraf
     }
 
     state.EmptyFolderList.clear();
-    std::u16string emptyFolderRoot = state.FolderPrefix;
-    if (emptyFolderRoot.empty() || emptyFolderRoot.back() != nativeSeparator())
-        emptyFolderRoot += nativeSeparator();
+    const std::u16string emptyFolderRoot = withTrailingSeparator(state.FolderPrefix);
     FindEmptyFolders(emptyFolderRoot, emptyFolderRoot, state.EmptyFolderList, input.yieldToEvents);
 
     result.reportPath = input.reportPath.empty() ? env.TempFolder + u"corvanecheck.log" : input.reportPath;

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "core/arraysearch.h"
+#include "core/vbtext.h"
 
 namespace fleetwright {
 
@@ -84,9 +85,6 @@ void zeroWhenEmpty(std::u16string &list);
 void increment(std::int16_t &counter);
 // The numeric value of an option entry, as the run reads it.
 double optionValue(const RunState &state, int index);
-// The decimal number a text starts with, as the run reads it: blanks skipped, no exponent or hexadecimal
-// form (unlike leadingNumber), 0 for no digits.
-double leadingDecimal(std::u16string_view text);
 
 // Section and title checks.
 void checkNumbering(RunState &state, std::size_t index);

@@ -11,19 +11,6 @@
 using namespace fleetwright;
 using platform::toUtf8;
 
-TEST(IsNumericText, FollowsTheRunTimesNumberForms)
-{
-    const std::pair<std::u16string, bool> rows[] = {
-        {u"0", true},    {u"32767", true}, {u" 12 ", true}, {u"-1", true},     {u"+1", true},     {u"1.5", true},
-        {u".5", true},   {u"5.", true},    {u"1e5", true},  {u"1E-5", true},   {u"2.5e+3", true}, {u"&H1F", true},
-        {u"&hff", true}, {u"&O17", true},  {u"&o7", true},  {u"", false},      {u" ", false},     {u".", false},
-        {u"-", false},   {u"1e", false},   {u"e5", false},  {u"1.2.3", false}, {u"&H", false},    {u"&O8", false},
-        {u"&HG", false}, {u"12a", false},  {u"abc", false}, {u"1 2", false},   {u"\t1", false},   {u"--1", false},
-    };
-    for (const auto &[text, numeric] : rows)
-        EXPECT_EQ(isNumericText(text), numeric) << toUtf8(text);
-}
-
 // The value is folded to the function's case unless it reads as a number; the array is taken as it is.
 TEST(IsInArray, MatchesWholeElementsAndLeavesTheValueFolded)
 {

@@ -79,8 +79,8 @@ EffectFields effectFields()
     EffectFields fields;
     for (int k = 0; k < static_cast<int>(EFFECT_COUNT); ++k)
         EffectDefault(fields, k);
-    fields.txt_effects[1] = fields.txt_effects[3] = u"";
-    fields.chk_Effect[2] = fields.chk_Effect[3] = true;
+    fields.effectNames[1] = fields.effectNames[3] = u"";
+    fields.effectRunsOnce[2] = fields.effectRunsOnce[3] = true;
     return fields;
 }
 

@@ -11,6 +11,7 @@
 #include "core/arraysearch.h"
 #include "core/clsinifile.h"
 #include "core/runtimeerror.h"
+#include "core/vbtext.h"
 #include "folderview/folderload.h"
 #include "platform/codepage.h"
 
@@ -44,14 +45,14 @@ std::string exitsText(const FolderLoadResult &result)
 {
     std::string text;
     for (std::size_t i = 0; i < 3; ++i)
-        if (result.chk_Exit[i] || result.txt_Exit[i] != std::array<std::u16string, 5> {})
-            text += "exit." + std::to_string(i) + "=" + joined(result.txt_Exit[i]) + " "
-                + (result.chk_Exit[i] ? "1" : "0") + "\n";
+        if (result.exitComplete[i] || result.exitFields[i] != std::array<std::u16string, 5> {})
+            text += "exit." + std::to_string(i) + "=" + joined(result.exitFields[i]) + " "
+                + (result.exitComplete[i] ? "1" : "0") + "\n";
     if (!result.ExitNote0.empty() || !result.ExitNote1.empty())
         text += "notes=" + cp(result.ExitNote0) + "|" + cp(result.ExitNote1) + "\n";
     const std::map<std::uint32_t, std::string> colours {
         {COLOUR_GREEN, "green"}, {COLOUR_RED, "red"}, {COLOUR_NO_ROW, "no row"}};
-    return text + cp(result.txt_Jetways.text) + " " + colours.at(result.txt_Jetways.backColour) + "\n";
+    return text + cp(result.jetways.text) + " " + colours.at(result.jetways.backColour) + "\n";
 }
 
 // What a load tells the form: the grid rows with their 17 columns and description, then whatever else is set.
@@ -70,24 +71,24 @@ std::string loadText(const FolderLoadResult &result, const clsIniFile &ini, cons
         if (!it->is_directory() && LCase(it->path().filename().u16string()) == LCase(profile.filename().u16string()))
             profile = it->path();
 #endif
-    std::string text = "aircraft=" + flag(result.isAircraftFolder) + " dirUp=" + flag(result.cmd_DirUpEnabled)
-        + " ini=" + cp(profile.filename().u16string()) + panel(result.panel8) + panel(result.panel9) + " | "
-        + cp(result.panel10Text) + "\n";
+    std::string text = "aircraft=" + flag(result.isAircraftFolder) + " dirUp=" + flag(result.upwardsEnabled)
+        + " ini=" + cp(profile.filename().u16string()) + panel(result.folderPanel) + panel(result.statusPanel) + " | "
+        + cp(result.variationCountText) + "\n";
     for (std::size_t i = 0; i < result.rows.size(); ++i)
         text += "row=" + joined(result.rows[i]) + "|" + cp(result.Descriptions.at(i)) + "\n";
     for (std::size_t i = 0; i < EFFECT_COUNT; ++i)
-        if (result.chk_Effect[i] || !result.txt_effects[i].empty())
-            text += cp(EFFECT_KEYS[i]) + "=" + cp(result.txt_effects[i]) + " " + flag(result.chk_Effect[i]) + "\n";
-    if (!result.txt_WingSpan_Org.empty())
-        text += "wing_span=" + cp(result.txt_WingSpan_Org) + " [" + cp(result.WingSpanSection) + "]\n";
+        if (result.effectRunsOnce[i] || !result.effectNames[i].empty())
+            text += cp(EFFECT_KEYS[i]) + "=" + cp(result.effectNames[i]) + " " + flag(result.effectRunsOnce[i]) + "\n";
+    if (!result.wingSpanText.empty())
+        text += "wing_span=" + cp(result.wingSpanText) + " [" + cp(result.WingSpanSection) + "]\n";
     text += exitsText(result);
-    if (!(result.txt_general_atc_type + result.txt_general_atc_model + result.AirFileName).empty())
-        text += "general=" + cp(result.txt_general_atc_type) + "|" + cp(result.txt_general_atc_model)
+    if (!(result.generalAtcType + result.generalAtcModel + result.AirFileName).empty())
+        text += "general=" + cp(result.generalAtcType) + "|" + cp(result.generalAtcModel)
             + " airfile=" + cp(result.AirFileName) + "\n";
     const MenuStates &m = result.menus;
-    text += "menus=" + flag(m.mnuCFG) + flag(m.mnuDelKeys) + flag(m.mnuSortKeys) + flag(m.mnuRenumber)
-        + flag(m.mnuValidate) + flag(m.mnuvalidateAll) + " white=" + flag(result.fieldsWhite)
-        + " tabStop=" + flag(result.SSTab1TabStop) + " " + cp(result.mnuDeleteCaption);
+    text += "menus=" + flag(m.openConfig) + flag(m.deleteKeys) + flag(m.sortKeys) + flag(m.renumber) + flag(m.validate)
+        + flag(m.validateAll) + " white=" + flag(result.fieldsWhite) + " tabStop=" + flag(result.editorTabStop) + " "
+        + cp(result.deleteCommandText);
     if (result.pathSetting)
         text +=
             " path=" + std::string(*result.pathSetting == folder.u16string() ? "{folder}" : cp(*result.pathSetting));
@@ -95,12 +96,12 @@ std::string loadText(const FolderLoadResult &result, const clsIniFile &ini, cons
         text += " selected=" + std::to_string(result.selectedRow.value_or(99))
             + " open=" + std::to_string(result.rowToOpen.value_or(99));
     if (result.current)
-        text += " current=" + cp(result.current->txt_CurrentTexture) + "|" + cp(result.current->txt_CurrentModel) + "|"
-            + cp(result.current->txt_CurrentAirfile);
-    if (!(result.combo_Texture.empty() && result.combo_Model.empty() && result.combo_Airfile.empty()))
-        text += "\ntextures=" + sorted(result.combo_Texture) + " models=" + sorted(result.combo_Model)
-            + " airfiles=" + sorted(result.combo_Airfile) + " list=" + sorted(result.lst_Airfile)
-            + " index=" + (result.lst_AirfileIndex ? std::to_string(*result.lst_AirfileIndex) : "none");
+        text += " current=" + cp(result.current->texture) + "|" + cp(result.current->model) + "|"
+            + cp(result.current->airFile);
+    if (!(result.textureChoices.empty() && result.modelChoices.empty() && result.airFileChoices.empty()))
+        text += "\ntextures=" + sorted(result.textureChoices) + " models=" + sorted(result.modelChoices)
+            + " airfiles=" + sorted(result.airFileChoices) + " list=" + sorted(result.folderAirFiles)
+            + " index=" + (result.selectedFolderAirFile ? std::to_string(*result.selectedFolderAirFile) : "none");
     return text + "\n";
 }
 
@@ -154,7 +155,7 @@ TEST(FolderLoad, DuplicateTitles)
     };
     for (const auto &[titles, status] : rows) {
         TempDir dir;
-        EXPECT_EQ(loadCfg(dir, std::string("[fltsim.0]\n") + titles).panel9.text, status) << titles;
+        EXPECT_EQ(loadCfg(dir, std::string("[fltsim.0]\n") + titles).statusPanel.text, status) << titles;
     }
 }
 
@@ -203,7 +204,7 @@ TEST(FolderLoad, WingSpanReadsTheLeadingNumber)
     };
     for (const auto &[value, shown] : rows) {
         TempDir dir;
-        EXPECT_EQ(loadCfg(dir, std::string("[geometry]\nwing_span=") + value + "\n").txt_WingSpan_Org, shown) << value;
+        EXPECT_EQ(loadCfg(dir, std::string("[geometry]\nwing_span=") + value + "\n").wingSpanText, shown) << value;
     }
 }
 
@@ -222,7 +223,7 @@ TEST(FolderLoad, WingSpanOverflowStopsTheLoad)
     writeBytes(dir / "aircraft.cfg", crlf("[geometry]\nwing_span=1\nwing_span_x=2\n[other]\nwing_span=9e999\n"));
     EXPECT_THROW(readAircraftFolder(input, ini, result), RuntimeError);
     EXPECT_FALSE(result.errorHandlerOn);
-    EXPECT_EQ(result.txt_WingSpan_Org, u"1");
+    EXPECT_EQ(result.wingSpanText, u"1");
 }
 
 // Garbage and read-only files: the hostile cases.
@@ -269,8 +270,8 @@ TEST(FolderLoad, RealAircraftFoldersLoad)
         EXPECT_EQ(lean.current, result.current);
         EXPECT_TRUE(result.rows.empty() || lean.rows.front() == result.rows.front());
         if (known.contains(name)) {
-            EXPECT_EQ(std::to_string(result.rows.size()) + " " + cp(result.txt_Jetways.text.substr(18)) + " "
-                          + (result.chk_Exit[0] ? "1" : "0"),
+            EXPECT_EQ(std::to_string(result.rows.size()) + " " + cp(result.jetways.text.substr(18)) + " "
+                          + (result.exitComplete[0] ? "1" : "0"),
                       known.at(name));
         }
     }

@@ -433,8 +433,8 @@ const std::vector<Operation> OPERATIONS = {
                  return items.empty() ? u"" : items.back();
              };
              associateFiles(c.ini,
-                            {c.row0(GridColumn::Section), last(c.loaded.combo_Texture), u"<default>",
-                             last(c.loaded.combo_Airfile), false},
+                            {c.row0(GridColumn::Section), last(c.loaded.textureChoices), u"<default>",
+                             last(c.loaded.airFileChoices), false},
                             c.dialogs);
          }),
     edit("update-all", {"aircraft.cfg"},
@@ -444,7 +444,7 @@ const std::vector<Operation> OPERATIONS = {
          }),
     edit("effects", CFG,
          [](Copy &c) {
-             EffectUpdateInput input {1, u"new description", u"", {c.loaded.txt_effects, c.loaded.chk_Effect}};
+             EffectUpdateInput input {1, u"new description", u"", {c.loaded.effectNames, c.loaded.effectRunsOnce}};
              EffectDefault(input.fields, 3);
              cmd_Effect_Update(c.ini, input, false, true, c.dialogs);
          }),

@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 #include <tuple>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -62,13 +63,25 @@ TEST(FileIo, ReadIdentityAndWriteInPlace)
     writeBytes(dir / "data.bin", bytes);
     writeBytes(dir / "big.bin", big);
     fs::create_directory(dir / "folder");
-    EXPECT_EQ(readWholeFile(dir / "data.bin"), bytes);
-    EXPECT_EQ(readWholeFile(dir / "big.bin"), big);
+    EXPECT_EQ(readWholeFile(dir / "data.bin").bytes, bytes);
+    EXPECT_EQ(readWholeFile(dir / "big.bin").bytes, big);
     EXPECT_EQ(ExclusiveFile::open(dir / "big.bin", Read).readAll(), big);
     for (const fs::path &nothing : {dir / "missing.cfg", dir / "folder"}) {
-        EXPECT_EQ(readWholeFile(nothing), std::nullopt);
+        EXPECT_EQ(readWholeFile(nothing).bytes, std::nullopt);
         EXPECT_FALSE(fileIdentity(nothing).exists);
     }
+    // The reason of a failed read, as the run-time errors tell them apart.
+    const std::pair<fs::path, ReadFailure> failures[] = {
+        {dir / "missing.cfg", ReadFailure::FileNotFound},
+        {dir / "missing" / "aircraft.cfg", ReadFailure::PathNotFound},
+        {dir / "big.bin" / "aircraft.cfg", ReadFailure::PathNotFound},
+        {dir / "folder", ReadFailure::IsFolder},
+    };
+    for (const auto &[path, reason] : failures) {
+        SCOPED_TRACE(path.string());
+        EXPECT_EQ(readWholeFile(path).failure, reason);
+    }
+    EXPECT_EQ(readWholeFile(dir / "big.bin").failure, ReadFailure::None);
     const FileIdentity before = fileIdentity(dir / "data.bin");
     EXPECT_TRUE(before.exists && before.size == 8u);
     EXPECT_EQ(fileIdentity(dir / "data.bin"), before);
@@ -84,7 +97,7 @@ TEST(FileIo, ReadIdentityAndWriteInPlace)
     EXPECT_EQ(readBytes(file), "short\r\n");
     EXPECT_EQ(fileIdentity(file).fileId, first.fileId) << "written over, not replaced";
     EXPECT_TRUE(writeFileInPlace(file, ""));
-    EXPECT_EQ(readWholeFile(file), std::string());
+    EXPECT_EQ(readWholeFile(file).bytes, std::string());
     EXPECT_FALSE(writeFileInPlace(dir.path(), "x"));
     EXPECT_FALSE(writeFileInPlace(dir / "missing" / "report.log", "x"));
 

@@ -15,6 +15,7 @@
 #include "core/clsinifile.h"
 #include "core/dialogs.h"
 #include "core/runtimeerror.h"
+#include "core/vbtext.h"
 #include "platform/codepage.h"
 #include "platform/filelookup.h"
 #include "platform/regional.h"

@@ -108,8 +108,8 @@ EffectFields EditingController::effectFields() const
     const EditingControls &c = m_c;
     EffectFields fields;
     for (std::size_t k = 0; k < EFFECT_COUNT; ++k) {
-        fields.txt_effects[k] = toU16String(c.txt_effects[k]->text());
-        fields.chk_Effect[k] = c.chk_Effect[k]->isChecked();
+        fields.effectNames[k] = toU16String(c.txt_effects[k]->text());
+        fields.effectRunsOnce[k] = c.chk_Effect[k]->isChecked();
     }
     return fields;
 }
@@ -118,8 +118,8 @@ void EditingController::showEffectFields(const EffectFields &fields)
 {
     const EditingControls &c = m_c;
     for (std::size_t k = 0; k < EFFECT_COUNT; ++k) {
-        c.txt_effects[k]->setText(toQString(fields.txt_effects[k]));
-        c.chk_Effect[k]->setChecked(fields.chk_Effect[k]);
+        c.txt_effects[k]->setText(toQString(fields.effectNames[k]));
+        c.chk_Effect[k]->setChecked(fields.effectRunsOnce[k]);
     }
 }
 

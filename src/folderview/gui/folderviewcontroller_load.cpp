@@ -97,10 +97,10 @@ void FolderViewController::Dir1_Change()
         if (panel.panel > 0)
             paint(panel.panel, toQString(panel.text), panel.colour);
     };
-    paintPanel(loaded.panel8);
+    paintPanel(loaded.folderPanel);
     if (loaded.isAircraftFolder)
-        paintPanel(loaded.panel9);
-    m_c.cmd_DirUp->setEnabled(loaded.cmd_DirUpEnabled);
+        paintPanel(loaded.statusPanel);
+    m_c.cmd_DirUp->setEnabled(loaded.upwardsEnabled);
     grid->setUpdatesEnabled(false);
     for (const GridRow &row : loaded.rows) {
         QTreeWidgetItem *item = addVariationRow(grid, toQString(row[0]));
@@ -110,22 +110,22 @@ void FolderViewController::Dir1_Change()
     grid->setUpdatesEnabled(true);
     Descriptions = loaded.Descriptions;
     for (std::size_t k = 0; k < EFFECT_COUNT; ++k) {
-        m_c.txt_effects[k]->setText(toQString(loaded.txt_effects[k]));
-        m_c.chk_Effect[k]->setChecked(loaded.chk_Effect[k]);
+        m_c.txt_effects[k]->setText(toQString(loaded.effectNames[k]));
+        m_c.chk_Effect[k]->setChecked(loaded.effectRunsOnce[k]);
     }
-    m_c.txt_WingSpan_Org->setText(toQString(loaded.txt_WingSpan_Org));
+    m_c.txt_WingSpan_Org->setText(toQString(loaded.wingSpanText));
     WingSpanSection = loaded.WingSpanSection;
     const std::array<std::array<QLineEdit *, 5>, 3> exits = {m_c.txt_Exit_0, m_c.txt_Exit_1, m_c.txt_Exit_2};
     for (std::size_t row = 0; row < exits.size(); ++row) {
         for (std::size_t k = 0; k < 5; ++k)
-            exits[row][k]->setText(toQString(loaded.txt_Exit[row][k]));
+            exits[row][k]->setText(toQString(loaded.exitFields[row][k]));
     }
     m_services.aircraft.ExitNote0 = loaded.ExitNote0;
     m_services.aircraft.ExitNote1 = loaded.ExitNote1;
-    m_c.txt_Jetways->setText(toQString(loaded.txt_Jetways.text));
-    setBackColour(m_c.txt_Jetways, colourFromBgr(loaded.txt_Jetways.backColour));
-    m_c.txt_general_atc_model->setText(toQString(loaded.txt_general_atc_model));
-    m_c.txt_general_atc_type->setText(toQString(loaded.txt_general_atc_type));
+    m_c.txt_Jetways->setText(toQString(loaded.jetways.text));
+    setBackColour(m_c.txt_Jetways, colourFromBgr(loaded.jetways.backColour));
+    m_c.txt_general_atc_model->setText(toQString(loaded.generalAtcModel));
+    m_c.txt_general_atc_type->setText(toQString(loaded.generalAtcType));
 
     if (fault) {
         // Under the load's own handler the common error box ends it; past it the run time's fault ends the
@@ -140,15 +140,15 @@ void FolderViewController::Dir1_Change()
 
     AirFileName = loaded.AirFileName;
     ReadAirFile();
-    m_c.mnuCFG->setEnabled(loaded.menus.mnuCFG);
-    m_c.mnuDelKeys->setEnabled(loaded.menus.mnuDelKeys);
-    m_c.mnuSortKeys->setEnabled(loaded.menus.mnuSortKeys);
-    m_c.mnuRenumber->setEnabled(loaded.menus.mnuRenumber);
-    m_c.mnuValidate->setEnabled(loaded.menus.mnuValidate);
-    m_c.mnuvalidateAll->setEnabled(loaded.menus.mnuvalidateAll);
-    m_c.chk_Exit_0->setChecked(loaded.chk_Exit[0]);
-    m_c.chk_Exit_1->setChecked(loaded.chk_Exit[1]);
-    m_c.chk_Exit_2->setChecked(loaded.chk_Exit[2]);
+    m_c.mnuCFG->setEnabled(loaded.menus.openConfig);
+    m_c.mnuDelKeys->setEnabled(loaded.menus.deleteKeys);
+    m_c.mnuSortKeys->setEnabled(loaded.menus.sortKeys);
+    m_c.mnuRenumber->setEnabled(loaded.menus.renumber);
+    m_c.mnuValidate->setEnabled(loaded.menus.validate);
+    m_c.mnuvalidateAll->setEnabled(loaded.menus.validateAll);
+    m_c.chk_Exit_0->setChecked(loaded.exitComplete[0]);
+    m_c.chk_Exit_1->setChecked(loaded.exitComplete[1]);
+    m_c.chk_Exit_2->setChecked(loaded.exitComplete[2]);
     if (loaded.fieldsWhite) {
         for (QLineEdit *field : {m_c.txt_general_atc_model, m_c.txt_general_atc_type, m_c.txt_WingSpan_New})
             setBackColour(field, WHITE);
@@ -162,36 +162,36 @@ void FolderViewController::Dir1_Change()
 
     if (loaded.selectedRow)
         grid->setCurrentItem(grid->topLevelItem(static_cast<int>(*loaded.selectedRow)));
-    m_c.frm_RightClick.mnuDelete->setText(toQString(loaded.mnuDeleteCaption));
+    m_c.frm_RightClick.mnuDelete->setText(toQString(loaded.deleteCommandText));
     if (loaded.current) {
-        m_c.txt_CurrentTexture->setText(toQString(loaded.current->txt_CurrentTexture));
-        m_c.txt_CurrentModel->setText(toQString(loaded.current->txt_CurrentModel));
-        m_c.txt_CurrentAirfile->setText(toQString(loaded.current->txt_CurrentAirfile));
+        m_c.txt_CurrentTexture->setText(toQString(loaded.current->texture));
+        m_c.txt_CurrentModel->setText(toQString(loaded.current->model));
+        m_c.txt_CurrentAirfile->setText(toQString(loaded.current->airFile));
     }
     if (!loaded.isAircraftFolder || loaded.rows.empty())
-        paintPanel(loaded.panel9);
-    m_c.StatusBar1->setPanelText(10, toQString(loaded.panel10Text));
+        paintPanel(loaded.statusPanel);
+    m_c.StatusBar1->setPanelText(10, toQString(loaded.variationCountText));
 
     if (loaded.rowToOpen) {
         grid->setCurrentItem(grid->topLevelItem(static_cast<int>(*loaded.rowToOpen)));
         ListView1_DblClick();
     }
-    for (const auto &name : loaded.combo_Texture)
+    for (const auto &name : loaded.textureChoices)
         m_c.combo_Texture->addItem(toQString(name));
-    for (const auto &name : loaded.combo_Model)
+    for (const auto &name : loaded.modelChoices)
         m_c.combo_Model->addItem(toQString(name));
-    for (const auto &name : loaded.combo_Airfile)
+    for (const auto &name : loaded.airFileChoices)
         m_c.combo_Airfile->addItem(toQString(name));
     // Filling a combo selects its first entry in Qt; the association combos start with none.
     for (QComboBox *combo : {m_c.combo_Texture, m_c.combo_Model, m_c.combo_Airfile})
         combo->setCurrentIndex(-1);
-    for (const auto &name : loaded.lst_Airfile)
+    for (const auto &name : loaded.folderAirFiles)
         m_c.lst_Airfile->addItem(toQString(name));
-    if (loaded.lst_AirfileIndex) {
-        m_c.lst_Airfile->setCurrentRow(static_cast<int>(*loaded.lst_AirfileIndex));
+    if (loaded.selectedFolderAirFile) {
+        m_c.lst_Airfile->setCurrentRow(static_cast<int>(*loaded.selectedFolderAirFile));
         lst_Airfile_Click();
     }
-    m_c.SSTab1->setFocusPolicy(loaded.SSTab1TabStop ? Qt::TabFocus : Qt::NoFocus);
+    m_c.SSTab1->setFocusPolicy(loaded.editorTabStop ? Qt::TabFocus : Qt::NoFocus);
 }
 
 void FolderViewController::ReadAirFile()

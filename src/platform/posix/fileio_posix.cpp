@@ -122,6 +122,24 @@ ExclusiveOpenFailure openFailureOf(int error)
     }
 }
 
+// Why an open for reading failed, as Windows tells it: errno has one ENOENT for a missing file and a missing
+// folder on the way, so the folder is looked at to tell them apart. Anything the system cannot even see at the
+// path counts as missing, as a folder without search permission hides what is inside.
+ReadFailure readFailureOf(const std::filesystem::path &path, int error)
+{
+    struct stat info;
+    if (::stat(path.c_str(), &info) != 0) {
+        const std::filesystem::path folder = path.parent_path();
+        struct stat above;
+        return !folder.empty() && (::stat(folder.c_str(), &above) != 0 || !S_ISDIR(above.st_mode))
+            ? ReadFailure::PathNotFound
+            : ReadFailure::FileNotFound;
+    }
+    if (S_ISDIR(info.st_mode))
+        return ReadFailure::IsFolder;
+    return error == EACCES || error == EPERM ? ReadFailure::AccessDenied : ReadFailure::Other;
+}
+
 int descriptorOf(std::intptr_t handle)
 {
     return static_cast<int>(handle);
@@ -156,16 +174,22 @@ std::int64_t currentTimeNs()
     return toNs(now);
 }
 
-std::optional<std::string> readWholeFile(const std::filesystem::path &path)
+WholeFile readWholeFile(const std::filesystem::path &path)
 {
+    WholeFile result;
     // O_NONBLOCK keeps a named pipe at the path from stalling the open; it is refused below anyway.
     const int fd = openRetrying(path.c_str(), O_RDONLY | O_NONBLOCK);
-    if (fd < 0)
-        return std::nullopt;
+    if (fd < 0) {
+        result.failure = readFailureOf(path, errno);
+        return result;
+    }
     struct stat info;
-    if (::fstat(fd, &info) != 0 || !S_ISREG(info.st_mode)) {
+    const bool known = ::fstat(fd, &info) == 0;
+    if (!known || !S_ISREG(info.st_mode)) {
+        // Linux opens a folder for reading; only the file type tells.
+        result.failure = known && S_ISDIR(info.st_mode) ? ReadFailure::IsFolder : ReadFailure::Other;
         ::close(fd);
-        return std::nullopt;
+        return result;
     }
     std::string content;
     content.reserve(static_cast<std::size_t>(info.st_size));
@@ -176,14 +200,16 @@ std::optional<std::string> readWholeFile(const std::filesystem::path &path)
             if (errno == EINTR)
                 continue;
             ::close(fd);
-            return std::nullopt;
+            result.failure = ReadFailure::Other;
+            return result;
         }
         if (got == 0)
             break;
         content.append(buffer, static_cast<std::size_t>(got));
     }
     ::close(fd);
-    return content;
+    result.bytes = std::move(content);
+    return result;
 }
 
 bool isReadOnly(const std::filesystem::path &path)

@@ -243,7 +243,7 @@ std::optional<std::string> systemRegistry(const std::u16string &prefix)
 {
     if (prefix.empty())
         return std::nullopt;
-    return readWholeFile(fs::path(prefix) / "system.reg");
+    return readWholeFile(fs::path(prefix) / "system.reg").bytes;
 }
 
 } // namespace

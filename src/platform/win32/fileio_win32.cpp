@@ -89,27 +89,46 @@ bool writeAll(HANDLE file, std::string_view bytes)
     return true;
 }
 
-ExclusiveOpenFailure openFailureOf(const std::filesystem::path &path, DWORD error)
+ReadFailure readFailureOf(const std::filesystem::path &path, DWORD error)
 {
     switch (error) {
     case ERROR_FILE_NOT_FOUND:
-    case ERROR_PATH_NOT_FOUND:
     case ERROR_INVALID_NAME:
+        return ReadFailure::FileNotFound;
+    case ERROR_PATH_NOT_FOUND:
     case ERROR_BAD_NETPATH:
-        return ExclusiveOpenFailure::NotFound;
+        return ReadFailure::PathNotFound;
     case ERROR_SHARING_VIOLATION:
     case ERROR_LOCK_VIOLATION:
-        return ExclusiveOpenFailure::Locked;
+        return ReadFailure::AccessDenied;
     case ERROR_ACCESS_DENIED: {
         // A folder does not open as a file and says so only in this way.
         const DWORD attributes = GetFileAttributesW(path.c_str());
         return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0
-            ? ExclusiveOpenFailure::NotAFile
-            : ExclusiveOpenFailure::Denied;
+            ? ReadFailure::IsFolder
+            : ReadFailure::AccessDenied;
     }
     default:
-        return ExclusiveOpenFailure::Other;
+        return ReadFailure::Other;
     }
+}
+
+// The same reasons, as an exclusive open tells them: a lock held by others stands apart from a refusal.
+ExclusiveOpenFailure openFailureOf(const std::filesystem::path &path, DWORD error)
+{
+    switch (readFailureOf(path, error)) {
+    case ReadFailure::FileNotFound:
+    case ReadFailure::PathNotFound:
+        return ExclusiveOpenFailure::NotFound;
+    case ReadFailure::IsFolder:
+        return ExclusiveOpenFailure::NotAFile;
+    case ReadFailure::AccessDenied:
+        return error == ERROR_ACCESS_DENIED ? ExclusiveOpenFailure::Denied : ExclusiveOpenFailure::Locked;
+    case ReadFailure::None:
+    case ReadFailure::Other:
+        break;
+    }
+    return ExclusiveOpenFailure::Other;
 }
 
 HANDLE handleOf(std::intptr_t handle)
@@ -156,12 +175,19 @@ std::int64_t currentTimeNs()
     return toNs(now);
 }
 
-std::optional<std::string> readWholeFile(const std::filesystem::path &path)
+WholeFile readWholeFile(const std::filesystem::path &path)
 {
+    WholeFile result;
     Handle file(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                             OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
-    if (!file.isValid() || GetFileType(file.get()) != FILE_TYPE_DISK)
-        return std::nullopt;
+    if (!file.isValid()) {
+        result.failure = readFailureOf(path, GetLastError());
+        return result;
+    }
+    if (GetFileType(file.get()) != FILE_TYPE_DISK) {
+        result.failure = ReadFailure::Other;
+        return result;
+    }
     std::string content;
     LARGE_INTEGER size;
     if (GetFileSizeEx(file.get(), &size) && size.QuadPart > 0)
@@ -169,13 +195,16 @@ std::optional<std::string> readWholeFile(const std::filesystem::path &path)
     char buffer[65536];
     for (;;) {
         DWORD got = 0;
-        if (!ReadFile(file.get(), buffer, sizeof buffer, &got, nullptr))
-            return std::nullopt;
+        if (!ReadFile(file.get(), buffer, sizeof buffer, &got, nullptr)) {
+            result.failure = GetLastError() == ERROR_LOCK_VIOLATION ? ReadFailure::AccessDenied : ReadFailure::Other;
+            return result;
+        }
         if (got == 0)
             break;
         content.append(buffer, got);
     }
-    return content;
+    result.bytes = std::move(content);
+    return result;
 }
 
 bool isReadOnly(const std::filesystem::path &path)

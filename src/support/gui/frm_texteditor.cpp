@@ -61,8 +61,8 @@ QString lineEndText(int lineEnd)
     }
 }
 
-// The run-time error that opening a text stream on path met with.
-RuntimeError fileError(const fs::path &path, bool writing)
+// The run-time error that opening a text stream on path for writing met with.
+RuntimeError writeError(const fs::path &path)
 {
     std::error_code error;
     const fs::file_status status = fs::status(path, error);
@@ -72,8 +72,6 @@ RuntimeError fileError(const fs::path &path, bool writing)
         const fs::path folder = path.parent_path();
         if (!folder.empty() && !fs::is_directory(folder, error))
             return RuntimeError(76, u"Path not found");
-        if (!writing)
-            return RuntimeError(53, u"File not found");
     }
     return RuntimeError(70, u"Permission denied");
 }
@@ -81,10 +79,10 @@ RuntimeError fileError(const fs::path &path, bool writing)
 std::string readText(const std::u16string &fileName)
 {
     const fs::path path(fileName);
-    std::optional<std::string> bytes = platform::readWholeFile(path);
-    if (!bytes)
-        throw fileError(path, false);
-    return std::move(*bytes);
+    fleetwright::platform::WholeFile read = fleetwright::platform::readWholeFile(path);
+    if (!read.bytes)
+        throw RuntimeError::readFailure(read.failure);
+    return std::move(*read.bytes);
 }
 
 // The lines of an airlines.cfg as start-up keeps them.
@@ -316,8 +314,9 @@ void frm_TextEditor::saveText()
         FileName = *chosen;
     }
     const fs::path path(FileName);
-    if (!platform::replaceFileAtomically(path, platform::toCodePage(toU16String(fileText())))) {
-        showFileError(m_dialogs, fileError(path, true));
+    if (!fleetwright::platform::replaceFileAtomically(path,
+                                                      fleetwright::platform::toCodePage(toU16String(fileText())))) {
+        showFileError(m_dialogs, writeError(path));
         return;
     }
     Dirty = false;
