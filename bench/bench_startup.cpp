@@ -76,17 +76,18 @@ void BM_StartUpToShownWindow(benchmark::State &state)
 {
     static Machine machine;
     fleetwright::NeverAskDialogs dialogs;
+    std::pair<std::size_t, std::size_t> airlines;
     for (auto _ : state) {
         frm_Main form(&dialogs);
         form.show();
         QApplication::processEvents();
-        benchmark::DoNotOptimize(fleetwright::programState().FsxAirlines.size());
+        benchmark::DoNotOptimize(form.state().FsxAirlines.size());
+        airlines = {form.state().Fs9Airlines.size(), form.state().FsxAirlines.size()};
         state.PauseTiming();
         form.hide();
         state.ResumeTiming();
     }
-    if (fleetwright::programState().Fs9Airlines.size() != AIRLINE_LINES + 1
-        || fleetwright::programState().FsxAirlines.size() != AIRLINE_LINES + 1)
+    if (airlines != std::pair<std::size_t, std::size_t> {AIRLINE_LINES + 1, AIRLINE_LINES + 1})
         state.SkipWithError("the airline files were not loaded");
 }
 BENCHMARK(BM_StartUpToShownWindow)

@@ -79,11 +79,6 @@ frm_Main::frm_Main(fleetwright::Dialogs *dialogs, QWidget *parent)
     Form_Load();
 }
 
-fleetwright::ProgramState &frm_Main::state()
-{
-    return fleetwright::programState();
-}
-
 frm_Main::~frm_Main()
 {
     // The units that work on the form go first: the widgets' own destruction sends events, and a unit that

@@ -7,6 +7,7 @@
 
 #include <QMainWindow>
 
+#include "environment/programstate.h"
 #include "environment/simulatorenvironment.h"
 #include "folderview/openaircraft.h"
 #include "ui_frm_main.h"
@@ -16,7 +17,6 @@ namespace fleetwright {
 class Dialogs;
 class EditingController;
 class FolderViewController;
-struct ProgramState;
 namespace platform {
 class SettingsStore;
 }
@@ -39,7 +39,7 @@ public:
     const Ui::frm_Main &controls() const { return m_ui; }
     const Ui::frm_RightClick &rightClickMenus() const { return m_rightClick; }
     fleetwright::Dialogs &dialogs() const { return *m_dialogs; }
-    fleetwright::ProgramState &state();
+    fleetwright::ProgramState &state() { return m_state; }
     // The aircraft of the current folder and the open row.
     fleetwright::OpenAircraft &openAircraft() { return m_openAircraft; }
     // The profile file of the current folder's aircraft.cfg; its path names the current file.
@@ -98,6 +98,7 @@ private:
     std::unique_ptr<fleetwright::platform::SettingsStore> m_settings;
     Ui::frm_Main m_ui;
     Ui::frm_RightClick m_rightClick; // the hidden owner of the context menus, frm_RightClick
+    fleetwright::ProgramState m_state;
     fleetwright::OpenAircraft m_openAircraft;
     fleetwright::FolderViewController *m_folderView = nullptr;
     fleetwright::EditingController *m_editing = nullptr;

@@ -5,8 +5,8 @@
 
 namespace fleetwright {
 
-// The program-wide values that start-up sets and the forms read: one instance for the whole run, as the
-// forms are one instance each.
+// The program-wide values that start-up sets and the subsystems read. The main window owns the one instance
+// of a run and hands it to each controller and dialog that needs it.
 struct ProgramState
 {
     std::u16string TempFolder; // always ends in the separator
@@ -44,11 +44,5 @@ struct ProgramState
 
     bool BatchRunning = false;
 };
-
-inline ProgramState &programState()
-{
-    static ProgramState state;
-    return state;
-}
 
 } // namespace fleetwright

@@ -47,7 +47,6 @@ protected:
         setEnv("FLEETWRIGHT_SETTINGS", (dir / "settings.ini").string());
         setEnv("WINEPREFIX", (dir / "no-prefix").string());
         setEnv("FLEETWRIGHT_APPDATA", (dir / "appdata").string());
-        programState() = {};
         m_savedUpdateForm =
             std::exchange(SupportController::showUpdateForm, [this](QWidget *, Dialogs &) { ++updateFormsShown; });
     }

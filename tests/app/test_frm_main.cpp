@@ -58,7 +58,7 @@ TEST_F(StartUp, BothSimulatorsReachTheControls)
     EXPECT_EQ(c.StatusBar1->panelColour(3), StatusBarPanels::green());
     EXPECT_TRUE(c.opt_FSX->isChecked() && c.opt_FS9->isEnabled());
     EXPECT_EQ(c.combo_SimFolder->itemText(1), QStringLiteral("Rotorcraft"));
-    EXPECT_EQ(programState().FsxAirlines, (std::vector<std::u16string> {u"a", u"b", u""}));
+    EXPECT_EQ(form.state().FsxAirlines, (std::vector<std::u16string> {u"a", u"b", u""}));
     c.opt_FS9->click();
     EXPECT_EQ(QDir(c.Dir1->path()), QDir(test::nativeText(dir / "FS9" / "Aircraft")));
     std::filesystem::remove_all(dir / "FSX" / "SimObjects");
@@ -82,7 +82,7 @@ TEST_F(StartUp, EachToggleIsSavedAtOnceAndReadBackAtTheNextStartAndTheWindowScal
             (form.controls().*member)->trigger();
             EXPECT_EQ(settings.GetSetting(name), member == &Ui::frm_Main::mnuResizable ? u"1" : u"0");
         }
-        EXPECT_FALSE(form.state().AutoBackupOn || form.state().ConfirmUpdates || programState().InternalEditorOn);
+        EXPECT_FALSE(form.state().AutoBackupOn || form.state().ConfirmUpdates || form.state().InternalEditorOn);
         EXPECT_TRUE(form.windowResizable());
         form.resize(base.width() * 2, base.height());
         EXPECT_EQ(form.controls().txt_Title->font().pointSize(), title * 2) << "the fonts follow the width";
@@ -106,7 +106,7 @@ TEST_F(StartUp, SimulatorsOfTheRegistryAreFound)
     frm_Main form(&dialogs);
     EXPECT_EQ(form.controls().StatusBar1->panelText(2) + form.controls().StatusBar1->panelText(5),
               QStringLiteral("foundfound"));
-    EXPECT_TRUE(programState().Fs9Found && programState().FsxFound);
+    EXPECT_TRUE(form.state().Fs9Found && form.state().FsxFound);
     EXPECT_EQ(std::filesystem::path(form.state().Fs9AircraftRoot),
               std::filesystem::path(fs9.toStdWString()) / "Aircraft");
     EXPECT_EQ(std::filesystem::path(form.state().FsxSimObjectsRoot),
