@@ -78,7 +78,7 @@ void BM_StartUpToShownWindow(benchmark::State &state)
     fleetwright::NeverAskDialogs dialogs;
     std::pair<std::size_t, std::size_t> airlines;
     for (auto _ : state) {
-        frm_Main form(&dialogs);
+        fleetwright::frm_Main form(&dialogs);
         form.show();
         QApplication::processEvents();
         benchmark::DoNotOptimize(form.state().FsxAirlines.size());
@@ -107,7 +107,7 @@ void BM_FolderLoadOf700Variations(benchmark::State &state)
         out << fleetwright::bench::aircraftCfg({700, 20});
     }
     fleetwright::NeverAskDialogs dialogs;
-    frm_Main form(&dialogs);
+    fleetwright::frm_Main form(&dialogs);
     form.controls().Dir1->setPath(QString::fromStdString(folder.string()));
     for (auto _ : state) {
         form.Dir1_Change();

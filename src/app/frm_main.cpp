@@ -40,7 +40,7 @@
 #include "support/gui/tooltips.h"
 #include "support/windowtitle.h"
 
-using fleetwright::RuntimeError;
+namespace fleetwright {
 
 namespace {
 
@@ -56,9 +56,9 @@ std::u16string programFolder()
 
 } // namespace
 
-frm_Main::frm_Main(fleetwright::Dialogs *dialogs, QWidget *parent)
+frm_Main::frm_Main(Dialogs *dialogs, QWidget *parent)
     : QMainWindow(parent)
-    , m_settings(std::make_unique<fleetwright::platform::SettingsStore>())
+    , m_settings(std::make_unique<platform::SettingsStore>())
 {
     if (!dialogs) {
         m_ownDialogs = std::make_unique<QtDialogs>(this);
@@ -103,8 +103,8 @@ void frm_Main::connectMenus()
     connect(m_ui.Corvane, &QAction::triggered, this, &frm_Main::Corvane_Click);
     connect(m_ui.StatusBar1, &StatusBarPanels::panelDoubleClicked, this, &frm_Main::StatusBar1_PanelDblClick);
     connect(m_ui.mnuDataGrid, &QAction::triggered, this,
-            [this] { (new fleetwright::frm_ListViewOptions(m_ui.ListView1, *m_settings, state(), this))->show(); });
-    connect(m_rightClick.mnuResize, &QAction::triggered, this, [this] { fleetwright::ResizeGrid(m_ui.ListView1); });
+            [this] { (new frm_ListViewOptions(m_ui.ListView1, *m_settings, state(), this))->show(); });
+    connect(m_rightClick.mnuResize, &QAction::triggered, this, [this] { ResizeGrid(m_ui.ListView1); });
 }
 
 // One rule for every toggle: the item's check mark flips, the flag follows it, and the setting is saved at
@@ -122,7 +122,7 @@ void frm_Main::connectToggle(QAction *item, bool *flag, const char16_t *settingN
 void frm_Main::Form_Load()
 {
     auto &global = state();
-    global.TempFolder = fleetwright::computeTempFolder();
+    global.TempFolder = computeTempFolder();
 
     try {
         setWindowIcon(QApplication::windowIcon());
@@ -130,18 +130,18 @@ void frm_Main::Form_Load()
         panelFont.setBold(true);
         m_ui.StatusBar1->setFont(panelFont);
 
-        const fleetwright::platform::SimulatorRegistry registry;
+        const platform::SimulatorRegistry registry;
         global.RegistryPrefix = registry.Is64BitOS() ? u"SOFTWARE\\Wow6432Node\\Microsoft\\" : u"SOFTWARE\\Microsoft\\";
 
-        global.AnalyzeOptionsText = fleetwright::loadAnalyzeOptions(*m_settings);
+        global.AnalyzeOptionsText = loadAnalyzeOptions(*m_settings);
 
-        const fleetwright::StartFlags flags = fleetwright::readStartFlags(*m_settings);
+        const StartFlags flags = readStartFlags(*m_settings);
         m_ui.mnuToolTips->setChecked(flags.ToolTipsOn);
         m_ui.mnuRememberLastPath->setChecked(flags.RememberFolderOn);
         global.RememberFolderOn = m_ui.mnuRememberLastPath->isChecked();
         global.ToolTipsOn = m_ui.mnuToolTips->isChecked();
 
-        global.AnalyzeOptionList = fleetwright::splitList(global.AnalyzeOptionsText);
+        global.AnalyzeOptionList = splitList(global.AnalyzeOptionsText);
         m_folderView->setLoadGuard(true);
         global.BatchRunning = false;
 
@@ -151,13 +151,13 @@ void frm_Main::Form_Load()
         BorderTwipsX = frame * 15;
         BorderTwipsY = frame * 15;
 
-        setWindowTitle(toQString(fleetwright::windowTitle(toU16String(windowTitle()))));
+        setWindowTitle(toQString(windowTitle(toU16String(windowTitle()))));
 
         detectSimulators(registry);
     } catch (const RuntimeError &error) {
         RuntimeError named = error;
         named.setProcedure(u"Form_Load");
-        fleetwright::showCommonError(*m_dialogs, named);
+        showCommonError(*m_dialogs, named);
         return;
     }
 
@@ -168,7 +168,7 @@ void frm_Main::Form_Load()
         } catch (const std::exception &) {}
     };
     skipped([this] { setUpGrid(); });
-    skipped([this] { state().DecimalSeparator = fleetwright::platform::DecimalSeparatorChar(); });
+    skipped([this] { state().DecimalSeparator = platform::DecimalSeparatorChar(); });
     skipped([this] {
         m_ui.lstParking->hide();
         m_ui.lstParking->clear();
@@ -187,7 +187,7 @@ void frm_Main::Form_Load()
 // and the flag follows the item all the same.
 void frm_Main::applyStartSettings()
 {
-    const fleetwright::OptionFlags options = fleetwright::readOptionFlags(*m_settings);
+    const OptionFlags options = readOptionFlags(*m_settings);
     const auto apply = [](QAction *item, bool *flag, std::optional<bool> stored) {
         if (stored)
             item->setChecked(*stored);
@@ -202,11 +202,11 @@ void frm_Main::applyStartSettings()
         toggleResizableStyle();
 }
 
-void frm_Main::detectSimulators(const fleetwright::platform::SimulatorRegistry &registry)
+void frm_Main::detectSimulators(const platform::SimulatorRegistry &registry)
 {
     auto &global = state();
-    const auto found = fleetwright::SimulatorEnvironment::detect(
-        registry, global.RegistryPrefix, registry.GetSpecialFolder(fleetwright::platform::APPDATA_FOLDER));
+    const auto found = SimulatorEnvironment::detect(registry, global.RegistryPrefix,
+                                                    registry.GetSpecialFolder(platform::APPDATA_FOLDER));
     global.Fs9AircraftRoot = found.Fs9AircraftRoot;
     global.FsxSimObjectsRoot = found.FsxSimObjectsRoot;
     global.FsxCfgPath = found.FsxCfgPath;
@@ -253,16 +253,16 @@ void frm_Main::setUpGrid()
 
 void frm_Main::hideColumnsFromDataGrid()
 {
-    state().DataGridOptions = fleetwright::readSetting(*m_settings, u"DataGrid");
+    state().DataGridOptions = readSetting(*m_settings, u"DataGrid");
     // Columns past the grid's last are not there; their errors are skipped.
-    for (const int column : fleetwright::hiddenGridColumns(state().DataGridOptions).columns)
+    for (const int column : hiddenGridColumns(state().DataGridOptions).columns)
         m_ui.ListView1->setColumnWidth(column - 1, 0);
 }
 
 void frm_Main::moveToStartingFolder()
 {
-    const fleetwright::StartingFolder start = fleetwright::startingFolder(
-        state().RememberFolderOn, fleetwright::readSetting(*m_settings, u"Path"), programFolder());
+    const StartingFolder start =
+        startingFolder(state().RememberFolderOn, readSetting(*m_settings, u"Path"), programFolder());
     m_folderView->setLoadGuard(false);
     if (!start.changeFolder)
         return;
@@ -279,7 +279,7 @@ void frm_Main::moveToStartingFolder()
 
 void frm_Main::attachManual()
 {
-    const auto manual = fleetwright::findManual(programFolder());
+    const auto manual = findManual(programFolder());
     if (!manual) {
         m_ui.mnu_Manual->setEnabled(false);
         return;
@@ -287,15 +287,15 @@ void frm_Main::attachManual()
     auto &global = state();
     global.ManualFilePath = manual->ManualFilePath;
     // Without a program that opens it, the manual cannot be shown.
-    if (const auto viewer = fleetwright::platform::Shell::findExecutable(global.ManualFilePath))
+    if (const auto viewer = platform::Shell::findExecutable(global.ManualFilePath))
         global.PdfViewerPath = *viewer;
     else
         m_ui.mnu_Manual->setEnabled(false);
 }
 
-void frm_Main::PaintStatusPanel(int panel, const QString &text, fleetwright::PanelColour colour)
+void frm_Main::PaintStatusPanel(int panel, const QString &text, PanelColour colour)
 {
-    using fleetwright::PanelColour;
+    using PanelColour;
     QColor background = StatusBarPanels::grey();
     if (colour == PanelColour::Green)
         background = StatusBarPanels::green();
@@ -337,10 +337,9 @@ void frm_Main::mnuCFG_Click()
         return;
     }
     if (state().InternalEditorOn) {
-        fleetwright::showTextEditor(this, *m_dialogs, state(),
-                                    {fleetwright::TextEditorSubject::Kind::File, m_openAircraft.AircraftIni.path()});
+        showTextEditor(this, *m_dialogs, state(), {TextEditorSubject::Kind::File, m_openAircraft.AircraftIni.path()});
     } else {
-        fleetwright::platform::Shell::openInPlainEditor(m_openAircraft.AircraftIni.path());
+        platform::Shell::openInPlainEditor(m_openAircraft.AircraftIni.path());
     }
 }
 
@@ -350,10 +349,10 @@ void frm_Main::openAirlinesFile(bool fsx)
     if (!(fsx ? global.FsxFound : global.Fs9Found))
         return;
     if (global.InternalEditorOn) {
-        using Kind = fleetwright::TextEditorSubject::Kind;
-        fleetwright::showTextEditor(this, *m_dialogs, global, {fsx ? Kind::FsxAirlines : Kind::Fs9Airlines, {}});
+        using Kind = TextEditorSubject::Kind;
+        showTextEditor(this, *m_dialogs, global, {fsx ? Kind::FsxAirlines : Kind::Fs9Airlines, {}});
     } else {
-        fleetwright::platform::Shell::openInPlainEditor(fsx ? global.FsxAirlinesPath : global.Fs9AirlinesPath);
+        platform::Shell::openInPlainEditor(fsx ? global.FsxAirlinesPath : global.Fs9AirlinesPath);
     }
 }
 
@@ -369,18 +368,18 @@ void frm_Main::StatusBar1_PanelDblClick(int panel)
         // The box names the start-up routine, as it always has.
         RuntimeError named = error;
         named.setProcedure(u"Form_Load");
-        fleetwright::showCommonError(*m_dialogs, named);
+        showCommonError(*m_dialogs, named);
     }
 }
 
 void frm_Main::mnu_Manual_Click()
 {
-    fleetwright::platform::Shell::open(state().ManualFilePath);
+    platform::Shell::open(state().ManualFilePath);
 }
 
 void frm_Main::OpenURL(const std::u16string &url)
 {
-    fleetwright::platform::Shell::open(url);
+    platform::Shell::open(url);
 }
 
 void frm_Main::Corvane_Click()
@@ -391,12 +390,12 @@ void frm_Main::Corvane_Click()
 void frm_Main::Form_Activate()
 {
     try {
-        m_ui.mnu_AutoUpdate->setChecked(fleetwright::readBoolSetting(*m_settings, u"AutoUpdate"));
+        m_ui.mnu_AutoUpdate->setChecked(readBoolSetting(*m_settings, u"AutoUpdate"));
         state().AutoUpdateOn = m_ui.mnu_AutoUpdate->isChecked();
-        if (auto *support = findChild<fleetwright::SupportController *>(QString(), Qt::FindDirectChildrenOnly))
+        if (auto *support = findChild<SupportController *>(QString(), Qt::FindDirectChildrenOnly))
             support->automaticCheck();
     } catch (const RuntimeError &error) {
-        fleetwright::showCommonError(*m_dialogs, error);
+        showCommonError(*m_dialogs, error);
     }
 }
 
@@ -419,3 +418,5 @@ void frm_Main::closeEvent(QCloseEvent *event)
     event->accept();
     QCoreApplication::quit();
 }
+
+} // namespace fleetwright

@@ -13,16 +13,16 @@
 #include "ui_frm_main.h"
 #include "ui_frm_rightclick.h"
 
+class QAction;
+
 namespace fleetwright {
+
 class Dialogs;
 class EditingController;
 class FolderViewController;
 namespace platform {
 class SettingsStore;
-}
-} // namespace fleetwright
-
-class QAction;
+} // namespace platform
 
 // The main window: the hub that owns the controls, makes the subsystems' controllers and connects them, and
 // runs start-up. Form_Load runs in the constructor, as a form's load runs before it is first shown.
@@ -32,20 +32,20 @@ class frm_Main : public QMainWindow
 
 public:
     // With no dialogs given, boxes are Qt's own; tests pass a scripted set.
-    explicit frm_Main(fleetwright::Dialogs *dialogs = nullptr, QWidget *parent = nullptr);
+    explicit frm_Main(Dialogs *dialogs = nullptr, QWidget *parent = nullptr);
     ~frm_Main() override;
 
     // The controls, named as the forms name them.
     const Ui::frm_Main &controls() const { return m_ui; }
     const Ui::frm_RightClick &rightClickMenus() const { return m_rightClick; }
-    fleetwright::Dialogs &dialogs() const { return *m_dialogs; }
-    fleetwright::ProgramState &state() { return m_state; }
+    Dialogs &dialogs() const { return *m_dialogs; }
+    ProgramState &state() { return m_state; }
     // The aircraft of the current folder and the open row.
-    fleetwright::OpenAircraft &openAircraft() { return m_openAircraft; }
+    OpenAircraft &openAircraft() { return m_openAircraft; }
     // The profile file of the current folder's aircraft.cfg; its path names the current file.
-    fleetwright::clsIniFile &AircraftIni() { return m_openAircraft.AircraftIni; }
+    clsIniFile &AircraftIni() { return m_openAircraft.AircraftIni; }
 
-    void PaintStatusPanel(int panel, const QString &text, fleetwright::PanelColour colour);
+    void PaintStatusPanel(int panel, const QString &text, PanelColour colour);
 
     // Empties every editor field before a folder load; does nothing while LoadGuard is on.
     void ResetValues();
@@ -83,7 +83,7 @@ private:
     void connectMenus();
     void connectToggle(QAction *item, bool *flag, const char16_t *settingName);
     void applyStartSettings();
-    void detectSimulators(const fleetwright::platform::SimulatorRegistry &registry);
+    void detectSimulators(const platform::SimulatorRegistry &registry);
     void setUpGrid();
     void hideColumnsFromDataGrid();
     void moveToStartingFolder();
@@ -93,17 +93,19 @@ private:
     void OpenURL(const std::u16string &url);
     void createControllers();
 
-    std::unique_ptr<fleetwright::Dialogs> m_ownDialogs;
-    fleetwright::Dialogs *m_dialogs = nullptr;
-    std::unique_ptr<fleetwright::platform::SettingsStore> m_settings;
+    std::unique_ptr<Dialogs> m_ownDialogs;
+    Dialogs *m_dialogs = nullptr;
+    std::unique_ptr<platform::SettingsStore> m_settings;
     Ui::frm_Main m_ui;
     Ui::frm_RightClick m_rightClick; // the hidden owner of the context menus, frm_RightClick
-    fleetwright::ProgramState m_state;
-    fleetwright::OpenAircraft m_openAircraft;
-    fleetwright::FolderViewController *m_folderView = nullptr;
-    fleetwright::EditingController *m_editing = nullptr;
+    ProgramState m_state;
+    OpenAircraft m_openAircraft;
+    FolderViewController *m_folderView = nullptr;
+    EditingController *m_editing = nullptr;
     bool m_resizableStyle = false;
     std::int32_t BorderTwipsX = 0;
     std::int32_t BorderTwipsY = 0;
     std::vector<QObject *> m_units; // the controllers of the subsystems, children of the form
 };
+
+} // namespace fleetwright

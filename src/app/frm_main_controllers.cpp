@@ -9,11 +9,13 @@
 #include "support/gui/supportcontroller.h"
 #include "validation/gui/validationcontroller.h"
 
+namespace fleetwright {
+
 namespace {
 
-fleetwright::FolderViewControls folderViewControls(const Ui::frm_Main &c, const Ui::frm_RightClick &r)
+FolderViewControls folderViewControls(const Ui::frm_Main &c, const Ui::frm_RightClick &r)
 {
-    fleetwright::FolderViewControls f;
+    FolderViewControls f;
     f.Drive1 = c.Drive1;
     f.Dir1 = c.Dir1;
     f.cmd_DirUp = c.cmd_DirUp;
@@ -81,9 +83,9 @@ fleetwright::FolderViewControls folderViewControls(const Ui::frm_Main &c, const 
     return f;
 }
 
-fleetwright::EditingControls editingControls(const Ui::frm_Main &c, const Ui::frm_RightClick &r)
+EditingControls editingControls(const Ui::frm_Main &c, const Ui::frm_RightClick &r)
 {
-    fleetwright::EditingControls e;
+    EditingControls e;
     e.mnuDelKeys = c.mnuDelKeys;
     e.mnuRenumber = c.mnuRenumber;
     e.mnuSortKeys = c.mnuSortKeys;
@@ -255,3 +257,5 @@ void frm_Main::ResetValues()
 {
     m_folderView->ResetValues();
 }
+
+} // namespace fleetwright

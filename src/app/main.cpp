@@ -5,7 +5,7 @@
 int main(int argc, char *argv[])
 {
     QApplication app(argc, argv);
-    frm_Main window;
+    fleetwright::frm_Main window;
     window.show();
     return app.exec();
 }

@@ -14,6 +14,8 @@
 #include "ui_frm_main.h"
 #include "ui_frm_rightclick.h"
 
+namespace fleetwright {
+
 namespace {
 
 constexpr int GRID_COLUMNS = 17;
@@ -122,3 +124,5 @@ void fixMainFormSize(QMainWindow *form, const Ui::frm_Main &ui)
     for (int column = 0; column < GRID_COLUMNS; ++column)
         ui.ListView1->setColumnWidth(column, columnWidth);
 }
+
+} // namespace fleetwright

@@ -4,6 +4,8 @@
 #include <QLineEdit>
 #include <QWidget>
 
+namespace fleetwright {
+
 namespace {
 
 QPalette::ColorRole backRole(const QWidget *widget)
@@ -35,3 +37,5 @@ QColor colourFromBgr(unsigned int bgr)
     return QColor(static_cast<int>(bgr & 0xFF), static_cast<int>((bgr >> 8) & 0xFF),
                   static_cast<int>((bgr >> 16) & 0xFF));
 }
+
+} // namespace fleetwright

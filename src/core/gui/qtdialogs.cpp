@@ -13,6 +13,8 @@
 
 #include "core/gui/textconvert.h"
 
+namespace fleetwright {
+
 namespace {
 
 // A question whose buttons all answer something: leaving it by Escape or the window's close button must not
@@ -202,3 +204,5 @@ std::optional<std::u16string> QtDialogs::inputBox(const std::u16string &prompt, 
         return std::nullopt;
     return toU16String(text);
 }
+
+} // namespace fleetwright

@@ -7,9 +7,11 @@
 
 #include "core/dialogs.h"
 
+namespace fleetwright {
+
 // The boxes and file dialogs of the GUI: modal Qt dialogs over the given widget (or the active window when
 // there is none), so the engine's questions look like the rest of the program.
-class QtDialogs : public fleetwright::Dialogs
+class QtDialogs : public Dialogs
 {
 public:
     explicit QtDialogs(QWidget *parent = nullptr);
@@ -56,3 +58,5 @@ QString qtFileFilter(const std::u16string &filter);
 
 // The extension that a name typed without one gets: "txt" for a first filter of "*.txt", nothing for "*.*".
 QString defaultSuffix(const std::u16string &filter);
+
+} // namespace fleetwright

@@ -12,6 +12,8 @@
 #include "core/gui/textconvert.h"
 #include "platform/regional.h"
 
+namespace fleetwright {
+
 // One panel: a sunken field with a text, or a painted picture of a text on a coloured ground.
 class StatusPanel : public QFrame
 {
@@ -240,10 +242,12 @@ void StatusBarPanels::changeEvent(QEvent *event)
 void StatusBarPanels::refreshClock()
 {
     const std::int64_t now = QDateTime::currentSecsSinceEpoch();
-    const QString date = toQString(fleetwright::platform::shortDateText(now));
-    const QString time = toQString(fleetwright::platform::longTimeText(now));
+    const QString date = toQString(platform::shortDateText(now));
+    const QString time = toQString(platform::longTimeText(now));
     if (panelText(DATE_PANEL) != date)
         setPanelText(DATE_PANEL, date);
     if (panelText(TIME_PANEL) != time)
         setPanelText(TIME_PANEL, time);
 }
+
+} // namespace fleetwright

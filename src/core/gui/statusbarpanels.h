@@ -7,6 +7,9 @@
 #include <QString>
 
 class QTimer;
+
+namespace fleetwright {
+
 class StatusPanel;
 
 // The main window's status bar: twelve panels, numbered from 1. A panel shows either its text or a painted
@@ -57,3 +60,5 @@ private:
     std::vector<StatusPanel *> m_panels;
     QTimer *m_clock = nullptr;
 };
+
+} // namespace fleetwright

@@ -9,8 +9,6 @@
 #include <QObject>
 #include <QString>
 
-class DirListBox;
-class DriveListBox;
 class QAction;
 class QCheckBox;
 class QComboBox;
@@ -26,11 +24,13 @@ class QRadioButton;
 class QTabWidget;
 class QToolButton;
 class QTreeWidget;
-class StatusBarPanels;
 
 namespace fleetwright {
 
 class Dialogs;
+class DirListBox;
+class DriveListBox;
+class StatusBarPanels;
 enum class PanelColour;
 struct OpenAircraft;
 struct ProgramState;

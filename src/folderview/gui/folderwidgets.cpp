@@ -12,6 +12,8 @@
 #include <QStyledItemDelegate>
 #include <QTreeWidget>
 
+namespace fleetwright {
+
 namespace {
 
 // A root like "C:/" or a path that starts with a drive letter: such paths compare without regard to case.
@@ -332,3 +334,5 @@ QTreeWidgetItem *addVariationRow(QTreeWidget *grid, const QString &section)
     item->setCheckState(0, Qt::Unchecked);
     return item;
 }
+
+} // namespace fleetwright

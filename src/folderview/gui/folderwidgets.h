@@ -8,6 +8,8 @@
 class QTreeWidget;
 class QTreeWidgetItem;
 
+namespace fleetwright {
+
 // The drive list: the mounted volumes. On Windows an entry reads like "c: [System]" and drive() is "c:";
 // elsewhere an entry is the mount point (with the volume's name in brackets if it has one) and drive() is the
 // mount point. The list is read again each time it drops down.
@@ -88,3 +90,5 @@ private:
 // Appends a row to the variation grid (ListView1) with a check box and `section` as its first text; the other
 // 16 texts are empty.
 QTreeWidgetItem *addVariationRow(QTreeWidget *grid, const QString &section);
+
+} // namespace fleetwright

@@ -79,7 +79,7 @@ RuntimeError writeError(const fs::path &path)
 std::string readText(const std::u16string &fileName)
 {
     const fs::path path(fileName);
-    fleetwright::platform::WholeFile read = fleetwright::platform::readWholeFile(path);
+    platform::WholeFile read = platform::readWholeFile(path);
     if (!read.bytes)
         throw RuntimeError::readFailure(read.failure);
     return std::move(*read.bytes);
@@ -314,8 +314,7 @@ void frm_TextEditor::saveText()
         FileName = *chosen;
     }
     const fs::path path(FileName);
-    if (!fleetwright::platform::replaceFileAtomically(path,
-                                                      fleetwright::platform::toCodePage(toU16String(fileText())))) {
+    if (!platform::replaceFileAtomically(path, platform::toCodePage(toU16String(fileText())))) {
         showFileError(m_dialogs, writeError(path));
         return;
     }

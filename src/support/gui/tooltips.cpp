@@ -14,6 +14,8 @@
 #include "core/dialogs.h"
 #include "core/gui/qtdialogs.h"
 
+namespace fleetwright {
+
 namespace {
 
 const QString BALLOON_STYLE =
@@ -100,7 +102,7 @@ void SetUpToolTips(QWidget *form, bool on)
     }
 }
 
-int AskWithLabels(fleetwright::Dialogs &dialogs, const std::u16string &title, const std::u16string &prompt,
+int AskWithLabels(Dialogs &dialogs, const std::u16string &title, const std::u16string &prompt,
                   const std::u16string &yesLabel, const std::u16string &noLabel)
 {
     switch (dialogs.threeButtonQuestion(prompt, title, yesLabel, noLabel, u"Cancel")) {
@@ -119,3 +121,5 @@ int AskWithLabels(QWidget *owner, const std::u16string &title, const std::u16str
     QtDialogs dialogs(owner);
     return AskWithLabels(dialogs, title, prompt, yesLabel, noLabel);
 }
+
+} // namespace fleetwright

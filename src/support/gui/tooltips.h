@@ -7,8 +7,8 @@
 class QWidget;
 
 namespace fleetwright {
+
 class Dialogs;
-}
 
 // Balloon tooltips: a bold "Fleetwright:" title beside the information icon, black text on light orange
 // (0xC0E0FF with blue in the high byte, #FFE0C0), never wider than 250 pixels.
@@ -37,5 +37,7 @@ int AskWithLabels(QWidget *owner, const std::u16string &title, const std::u16str
                   const std::u16string &yesLabel, const std::u16string &noLabel);
 // The same through the given dialogs, so that tests answer it from their script (as a three-button
 // question labelled yesLabel, noLabel, "Cancel").
-int AskWithLabels(fleetwright::Dialogs &dialogs, const std::u16string &title, const std::u16string &prompt,
+int AskWithLabels(Dialogs &dialogs, const std::u16string &title, const std::u16string &prompt,
                   const std::u16string &yesLabel, const std::u16string &noLabel);
+
+} // namespace fleetwright
