@@ -151,7 +151,7 @@ void frm_Main::Form_Load()
         BorderTwipsX = frame * 15;
         BorderTwipsY = frame * 15;
 
-        setWindowTitle(toQString(windowTitle(toU16String(windowTitle()))));
+        setWindowTitle(toQString(fleetwright::windowTitle(toU16String(windowTitle()))));
 
         detectSimulators(registry);
     } catch (const RuntimeError &error) {
@@ -295,7 +295,6 @@ void frm_Main::attachManual()
 
 void frm_Main::PaintStatusPanel(int panel, const QString &text, PanelColour colour)
 {
-    using PanelColour;
     QColor background = StatusBarPanels::grey();
     if (colour == PanelColour::Green)
         background = StatusBarPanels::green();

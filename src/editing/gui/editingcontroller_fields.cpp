@@ -142,7 +142,7 @@ void EditingController::txt_effects_MouseDown(int index, const QPoint &position)
 void EditingController::EffectDefault()
 {
     EffectFields fields = effectFields();
-    EffectDefault(fields, m_services.aircraft.EffectIndex);
+    fleetwright::EffectDefault(fields, m_services.aircraft.EffectIndex);
     showEffectFields(fields);
 }
 
@@ -150,7 +150,7 @@ void EditingController::EffectDisable()
 {
     EffectFields fields = effectFields();
     try {
-        EffectDisable(fields, m_services.aircraft.EffectIndex);
+        fleetwright::EffectDisable(fields, m_services.aircraft.EffectIndex);
     } catch (const RuntimeError &error) {
         showFault(error, u"EffectDisable");
         return;
@@ -160,8 +160,8 @@ void EditingController::EffectDisable()
 
 void EditingController::EffectSelect()
 {
-    const std::optional<std::u16string> name =
-        EffectSelect(m_services.aircraft.EffectIndex, m_services.aircraft.AircraftIni.path(), m_services.dialogs);
+    const std::optional<std::u16string> name = fleetwright::EffectSelect(
+        m_services.aircraft.EffectIndex, m_services.aircraft.AircraftIni.path(), m_services.dialogs);
     if (!name)
         return;
     m_c.txt_effects[static_cast<std::size_t>(m_services.aircraft.EffectIndex)]->setText(toQString(*name));
@@ -178,8 +178,8 @@ void EditingController::cmd_Effect_Update_Click()
     input.DescriptionOnLoad = m_services.aircraft.DescriptionOnLoad;
     input.fields = effectFields();
     try {
-        if (!cmd_Effect_Update(m_services.aircraft.AircraftIni, input, m_services.state.ConfirmUpdates,
-                               m_services.state.AutoBackupOn, m_services.dialogs))
+        if (!fleetwright::cmd_Effect_Update(m_services.aircraft.AircraftIni, input, m_services.state.ConfirmUpdates,
+                                            m_services.state.AutoBackupOn, m_services.dialogs))
             return;
     } catch (const RuntimeError &error) {
         showFault(error, u"cmd_Effect_Update_Click");

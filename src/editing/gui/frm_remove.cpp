@@ -44,7 +44,7 @@ QListWidget *frm_Remove::List1() const
 void frm_Remove::LoadList()
 {
     m_ui->List1->clear();
-    for (const std::u16string &key : LoadList(m_aircraftIni)) {
+    for (const std::u16string &key : fleetwright::LoadList(m_aircraftIni)) {
         auto *entry = new QListWidgetItem(toQString(key), m_ui->List1);
         entry->setFlags(entry->flags() | Qt::ItemIsUserCheckable);
         entry->setCheckState(Qt::Unchecked);

@@ -197,7 +197,7 @@ void FolderViewController::Dir1_Change()
 void FolderViewController::ReadAirFile()
 {
     AirFileState state {AirFileName, AirTypeShown};
-    const AirFileReading reading = ReadAirFile(toU16String(m_c.Dir1->path()), state, m_services.dialogs);
+    const AirFileReading reading = fleetwright::ReadAirFile(toU16String(m_c.Dir1->path()), state, m_services.dialogs);
     AirFileName = state.AirFileName;
     AirTypeShown = state.AirTypeShown;
     const bool eventsBefore = EventsEnabled;
