@@ -24,7 +24,7 @@ ParkingController::ParkingController(const ParkingContext &context)
     : QObject(context.window)
     , m_context(context)
 {
-    setObjectName(QStringLiteral("ParkingCodeController"));
+    setObjectName(QStringLiteral("ParkingController"));
     connect(context.cmd_ParkingCodes, &QPushButton::clicked, this, &ParkingController::cmd_ParkingCodes_Click);
 }
 
