@@ -84,6 +84,9 @@ frm_Main::~frm_Main()
     // The units that work on the form go first: the widgets' own destruction sends events, and a unit that
     // answered them would find a form that is no longer whole.
     qDeleteAll(m_units);
+    m_folderView = nullptr;
+    m_editing = nullptr;
+    m_support = nullptr;
 }
 
 void frm_Main::connectMenus()
@@ -391,8 +394,8 @@ void frm_Main::Form_Activate()
     try {
         m_ui.mnu_AutoUpdate->setChecked(readBoolSetting(*m_settings, u"AutoUpdate"));
         state().AutoUpdateOn = m_ui.mnu_AutoUpdate->isChecked();
-        if (auto *support = findChild<SupportController *>(QString(), Qt::FindDirectChildrenOnly))
-            support->automaticCheck();
+        if (m_support)
+            m_support->automaticCheck();
     } catch (const RuntimeError &error) {
         showCommonError(*m_dialogs, error);
     }

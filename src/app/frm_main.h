@@ -20,6 +20,7 @@ namespace fleetwright {
 class Dialogs;
 class EditingController;
 class FolderViewController;
+class SupportController;
 namespace platform {
 class SettingsStore;
 } // namespace platform
@@ -102,6 +103,7 @@ private:
     OpenAircraft m_openAircraft;
     FolderViewController *m_folderView = nullptr;
     EditingController *m_editing = nullptr;
+    SupportController *m_support = nullptr;
     bool m_resizableStyle = false;
     std::int32_t BorderTwipsX = 0;
     std::int32_t BorderTwipsY = 0;

@@ -195,7 +195,7 @@ void frm_Main::createControllers()
                                    .mnuAboutProg = m_ui.mnuAboutProg,
                                    .mnuResizable = m_ui.mnuResizable};
     m_units = {m_folderView, new ValidationController(validation), m_editing, new ParkingController(parking),
-               new SupportController(support, *m_dialogs, state(), *m_settings)};
+               m_support = new SupportController(support, *m_dialogs, state(), *m_settings)};
 }
 
 void frm_Main::Dir1_Change()
