@@ -55,7 +55,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
 
     const auto type = static_cast<AirType>(size % 3);
     const AirTypePatch patch = patchAirType(type, state, false, dialogs);
-    const std::string after = platform::readWholeFile(folder / "corvane.air").value_or(std::string());
+    const std::string after = platform::readWholeFile(folder / "corvane.air").bytes.value_or(std::string());
     if (patch.outcome != AirTypePatchOutcome::Written) {
         if (after != bytes)
             fail("a patch that did not write changed the file");

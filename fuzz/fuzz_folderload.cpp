@@ -60,10 +60,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         fail("rows and descriptions differ in number");
     if (!result.isAircraftFolder && !result.rows.empty())
         fail("rows without an aircraft.cfg");
-    if (result.panel10Text != decimal(result.rows.size()) + u" aircraft variations defined"
-        && !result.panel10Text.empty())
+    if (result.variationCountText != decimal(result.rows.size()) + u" aircraft variations defined"
+        && !result.variationCountText.empty())
         fail("panel 10 does not count the rows");
-    if (result.combo_Airfile.size() != result.lst_Airfile.size())
+    if (result.airFileChoices.size() != result.folderAirFiles.size())
         fail("the air file lists differ");
     for (const GridRow &row : result.rows) {
         try {

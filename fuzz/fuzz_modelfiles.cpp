@@ -11,6 +11,7 @@
 #include "core/arraysearch.h"
 #include "core/dialogs.h"
 #include "core/runtimeerror.h"
+#include "core/vbtext.h"
 #include "fuzzsupport.h"
 #include "platform/fileio.h"
 #include "platform/filelookup.h"
@@ -45,7 +46,7 @@ bool isConfigName(const fs::path &path)
 
 void checkReadByteArray(const fs::path &file)
 {
-    const std::optional<std::string> content = platform::readWholeFile(file);
+    const std::optional<std::string> content = platform::readWholeFile(file).bytes;
     if (!content)
         return;
     const std::string &bytes = *content;
@@ -71,13 +72,13 @@ void checkReadByteArray(const fs::path &file)
         const bool refused = error.number() == 75 && marked && readOnly;
         if (!tooShort && !tooLong && !refused)
             fail("ReadByteArray failed with error " + std::to_string(error.number()));
-        if (platform::readWholeFile(file) != content)
+        if (platform::readWholeFile(file).bytes != content)
             fail("a failed ReadByteArray changed the file");
         return;
     }
     if (std::string(read.begin(), read.end()) != bytes)
         fail("ReadByteArray returned other bytes than the file's");
-    if (platform::readWholeFile(file) != (marked ? unmarked(bytes) : bytes))
+    if (platform::readWholeFile(file).bytes != (marked ? unmarked(bytes) : bytes))
         fail("ReadByteArray left other bytes than it promises");
 }
 

@@ -74,7 +74,7 @@ std::string escaped(const std::string &bytes)
 
 std::string readFile(const fs::path &path)
 {
-    return platform::readWholeFile(path).value_or(std::string());
+    return platform::readWholeFile(path).bytes.value_or(std::string());
 }
 
 // A slice of the file's own bytes: arbitrary text that the mutations reach.

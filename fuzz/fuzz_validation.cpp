@@ -74,7 +74,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     input.gridRowCount = feed.gridRowCount;
     try {
         const ValidationResult result = runValidation(input, AircraftIni, dialogs);
-        if (result.outcome == ValidationOutcome::ReportWritten && !platform::readWholeFile(result.reportPath))
+        if (result.outcome == ValidationOutcome::ReportWritten && !platform::readWholeFile(result.reportPath).bytes)
             fail("a run that wrote its report left none");
     } catch (const RuntimeError &) {
         // The run ends where the error came; what it wrote stays.
@@ -88,7 +88,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     clsIniFile batchIni;
     try {
         const BatchResult result = runBatchValidation(batch, batchIni, dialogs);
-        if (!platform::readWholeFile(result.reportPath))
+        if (!platform::readWholeFile(result.reportPath).bytes)
             fail("the batch left no report");
     } catch (const RuntimeError &error) {
         fail("the batch failed with error " + std::to_string(error.number()));
