@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -21,37 +22,38 @@ struct JournalLimits
 // One file touched by an operation.
 struct JournalFile
 {
-    std::filesystem::path path;        // absolute, as written
-    bool existedBefore = true;          // false: the operation created it
-    bool existedAfter = true;           // false: the operation removed it
+    std::filesystem::path path; // absolute, as written
+    bool existedBefore = true;  // false: the operation created it
+    bool existedAfter = true;   // false: the operation removed it
     bool readOnlyBefore = false;
-    std::string beforeDigest;           // content address of the bytes before ("" when it did not exist)
-    std::string afterDigest;            // of the bytes after ("" when removed, or when the change did not finish)
+    bool readOnlyAfter = false;
+    std::string beforeDigest; // content address of the bytes before ("" when it did not exist)
+    std::string afterDigest;  // of the bytes after ("" when removed, or when the change did not finish)
 };
 
 // One user operation: "Update [fltsim.3]", "Delete 2 sections", "Renumber", "Validate: removed byte order marks".
 struct JournalOperationRecord
 {
-    std::uint64_t id = 0;               // increasing, unique in the journal
-    std::int64_t timeNs = 0;            // start, nanoseconds since 1970 UTC
-    std::filesystem::path folder;       // the aircraft folder it worked on
+    std::uint64_t id = 0;         // increasing, unique in the journal
+    std::int64_t timeNs = 0;      // start, nanoseconds since 1970 UTC
+    std::filesystem::path folder; // the aircraft folder it worked on
     std::u16string name;
     std::vector<JournalFile> files;
-    bool undone = false;                // undone and not redone
+    bool undone = false; // undone and not redone
 };
 
 enum class JournalOutcome
 {
     Done,
-    NothingToDo,          // no operation to undo / redo / restore to
-    ChangedOutside,       // a file no longer holds the bytes the journal left there; nothing written (ask, then force)
-    Failed,               // a file could not be written; files already restored are put back (message says)
+    NothingToDo,    // no operation to undo / redo / restore to
+    ChangedOutside, // a file no longer holds the bytes the journal left there; nothing written (ask, then force)
+    Failed,         // a file could not be written; files already restored are put back (message says)
 };
 
 struct JournalResult
 {
     JournalOutcome outcome = JournalOutcome::NothingToDo;
-    std::u16string message;                       // for the user; names the operation and files
+    std::u16string message; // for the user; names the operation and files
     std::vector<std::filesystem::path> changedOutside;
 };
 
@@ -62,7 +64,16 @@ public:
     // $XDG_DATA_HOME/fleetwright/history (default ~/.local/share/fleetwright/history).
     static std::filesystem::path defaultLocation();
 
+    // Opens (creating when missing) the journal at location. An operation a crash left unfinished is
+    // completed from the files on disk: a file that still holds its "before" bytes was not changed and leaves
+    // the record, any other file's present bytes are taken as its "after". Throws RuntimeError when the
+    // folder cannot be made or read.
     explicit Journal(std::filesystem::path location, JournalLimits limits = {});
+    ~Journal();
+    Journal(const Journal &) = delete;
+    Journal &operator=(const Journal &) = delete;
+
+    const std::filesystem::path &location() const;
 
     // Operations on the folder (compared as the file lookups compare paths), newest first.
     std::vector<JournalOperationRecord> operations(const std::filesystem::path &folder) const;
@@ -78,6 +89,11 @@ public:
 
     // Stored bytes, for diffs; nothing when not stored.
     std::optional<std::string> contents(const std::string &digest) const;
+
+    struct State;
+
+private:
+    std::unique_ptr<State> m_state;
 };
 
 // While one lives, every change to a user's file made through the engine's writers belongs to one journaled
@@ -90,6 +106,9 @@ public:
     ~JournalOperation(); // closes the record; an operation that changed nothing leaves no record
     JournalOperation(const JournalOperation &) = delete;
     JournalOperation &operator=(const JournalOperation &) = delete;
+
+private:
+    bool m_outer = false; // false: joined an operation already running
 };
 
 // Called by every engine writer of a user's file (key writes and whole-file rewrites of aircraft.cfg, .air and
