@@ -12,6 +12,7 @@
 #include "core/dialogs.h"
 #include "core/errorbox.h"
 #include "core/runtimeerror.h"
+#include "history/journal.h"
 #include "platform/codepage.h"
 #include "platform/fileio.h"
 #include "platform/filelookup.h"
@@ -120,14 +121,20 @@ void MakeBackup(const std::u16string &aircraftCfgPath, bool autoBackupOn)
     // from it. It is never touched.
     std::error_code error;
     const bool targetWasFree = !fs::exists(fs::symlink_status(target, error));
-    if (!fs::copy_file(*source, target, fs::copy_options::none, error)) {
+    // The backup is a file the user did not have before: an undo of the first change takes it away again.
+    if (targetWasFree)
+        journalBeforeChange(target);
+    const bool copied = fs::copy_file(*source, target, fs::copy_options::none, error);
+    if (targetWasFree) {
         // A half-written copy would count as the backup from now on.
-        if (targetWasFree) {
+        if (!copied) {
             std::error_code ignored;
             fs::remove(target, ignored);
         }
-        throw RuntimeError::permissionDenied(u"MakeBackup");
+        journalAfterChange(target);
     }
+    if (!copied)
+        throw RuntimeError::permissionDenied(u"MakeBackup");
 }
 
 std::vector<std::u16string> checkedRowList(const std::vector<bool> &rowChecked)

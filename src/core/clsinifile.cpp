@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "core/profiledocument.h"
+#include "history/journal.h"
 #include "platform/codepage.h"
 #include "platform/fileio.h"
 
@@ -58,6 +59,7 @@ struct clsIniFile::Cache
     bool batchReadOnly = false; // the file refused writes when the batch began its first one
     bool batchChecked = false;
     bool batchVerified = false;        // the parse was held against the file once inside the batch
+    bool journaled = false;            // the journal holds the bytes the pending edits will replace
     std::vector<BatchEdit> batchEdits; // the batch's writes, to replay should the file change under it
 
     bool racy() const
@@ -198,6 +200,18 @@ void clsIniFile::writeEntry(const std::string *key, const std::string *value)
         m_writeResult = 1;
         return;
     }
+    if (!cache.journaled) {
+        try {
+            journalBeforeChange(cache.file);
+        } catch (...) {
+            // The edit stands in the parse only: drop it, so the file and the next read stay as they were.
+            cache.loaded = false;
+            cache.bytes.clear();
+            cache.batchEdits.clear();
+            throw;
+        }
+        cache.journaled = true;
+    }
     if (m_batchDepth > 0)
         cache.batchEdits.push_back(
             {m_sectionBytes, key ? std::optional(*key) : std::nullopt, value ? std::optional(*value) : std::nullopt});
@@ -215,10 +229,16 @@ void clsIniFile::flush()
     if (!cache.pending)
         return;
     cache.pending = false;
+    // Written or lost, the journal takes the file as it now stands.
+    const auto journalAfter = [&cache] {
+        if (std::exchange(cache.journaled, false))
+            journalAfterChange(cache.file);
+    };
     const std::int64_t start = platform::currentTimeNs();
     if (!edits.empty() && !rebaseBatch(edits)) {
         cache.loaded = false;
         cache.bytes.clear();
+        journalAfter();
         return;
     }
     std::string bytes = cache.document.bytes();
@@ -226,11 +246,13 @@ void clsIniFile::flush()
         // Lost without a word, as the platform's write loses it; the next read sees the file as it is.
         cache.loaded = false;
         cache.bytes.clear();
+        journalAfter();
         return;
     }
     cache.identity = platform::fileIdentity(cache.file);
     cache.bytes = std::move(bytes);
     cache.readStartNs = start;
+    journalAfter();
 }
 
 // A batch trusts the file as it found it at its first call. Should somebody else have written the file since

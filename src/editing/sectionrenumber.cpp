@@ -8,6 +8,7 @@
 #include "core/dialogs.h"
 #include "core/runtimeerror.h"
 #include "core/vbtext.h"
+#include "history/journal.h"
 #include "platform/codepage.h"
 #include "platform/fileio.h"
 #include "platform/filelookup.h"
@@ -52,7 +53,10 @@ void Renumber_fltsim(const std::u16string &aircraftCfgPath, bool autoBackupOn, D
         bytes += platform::toCodePage(line);
         bytes += "\r\n";
     }
-    if (!platform::replaceFileAtomically(file, bytes))
+    journalBeforeChange(file);
+    const bool written = platform::replaceFileAtomically(file, bytes);
+    journalAfterChange(file);
+    if (!written)
         throw RuntimeError(57, u"Device I/O error", u"Renumber_fltsim");
 }
 

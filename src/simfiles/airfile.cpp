@@ -8,6 +8,7 @@
 #include "core/errorbox.h"
 #include "core/paths.h"
 #include "core/runtimeerror.h"
+#include "history/journal.h"
 #include "platform/fileio.h"
 #include "platform/filelookup.h"
 #include "simfiles/binaryfile.h"
@@ -121,6 +122,33 @@ std::u16string airFileWriteFailureText(const std::u16string &path)
           u"program access this file.";
 }
 
+namespace {
+
+// Walks and writes under one exclusive open, so that nothing can change the chain in between; the file is
+// closed again when this returns.
+AirTypePatchOutcome writeAirType(const fs::path &file, AirType type)
+{
+    platform::ExclusiveFile air = platform::ExclusiveFile::open(file, platform::ExclusiveAccess::ReadWrite);
+    const std::optional<std::string> bytes = air.readAll();
+    if (!bytes)
+        return AirTypePatchOutcome::Failed;
+    const AircraftSection section = locateAircraftSection(*bytes);
+    if (section.search == AircraftSectionSearch::Overflow)
+        return AirTypePatchOutcome::Failed;
+    if (section.search == AircraftSectionSearch::NotFound)
+        return AirTypePatchOutcome::NoAircraftSection;
+
+    // Only the low half: the type is written as a 16-bit value.
+    const auto value = static_cast<std::uint16_t>(type);
+    const char low[2] = {static_cast<char>(value & 0xFF), static_cast<char>(value >> 8)};
+    if (!air.writeAt(static_cast<std::uint64_t>(section.offset + TYPE_OFFSET), std::string_view(low, 2))
+        || !air.close())
+        return AirTypePatchOutcome::Failed;
+    return AirTypePatchOutcome::Written;
+}
+
+} // namespace
+
 AirTypePatch patchAirType(AirType type, const AirFileState &state, bool confirmUpdates, Dialogs &dialogs)
 {
     if (confirmUpdates && !dialogs.question(airTypeQuestion(type), {}))
@@ -129,30 +157,14 @@ AirTypePatch patchAirType(AirType type, const AirFileState &state, bool confirmU
     if (!file)
         return {AirTypePatchOutcome::NoFile};
 
-    const auto fail = [&] {
+    // Taken before the read-only state goes, and again once the exclusive open has let go of the file.
+    journalBeforeChange(*file);
+    const AirTypePatchOutcome outcome =
+        platform::clearReadOnly(*file) ? writeAirType(*file, type) : AirTypePatchOutcome::Failed;
+    journalAfterChange(*file);
+    if (outcome == AirTypePatchOutcome::Failed)
         dialogs.critical(airFileWriteFailureText(state.AirFileName), {});
-        return AirTypePatch {AirTypePatchOutcome::Failed};
-    };
-    if (!platform::clearReadOnly(*file))
-        return fail();
-    // Walk and write under one exclusive open, so that nothing can change the chain in between.
-    platform::ExclusiveFile air = platform::ExclusiveFile::open(*file, platform::ExclusiveAccess::ReadWrite);
-    const std::optional<std::string> bytes = air.readAll();
-    if (!bytes)
-        return fail();
-    const AircraftSection section = locateAircraftSection(*bytes);
-    if (section.search == AircraftSectionSearch::Overflow)
-        return fail();
-    if (section.search == AircraftSectionSearch::NotFound)
-        return {AirTypePatchOutcome::NoAircraftSection};
-
-    // Only the low half: the type is written as a 16-bit value.
-    const auto value = static_cast<std::uint16_t>(type);
-    const char low[2] = {static_cast<char>(value & 0xFF), static_cast<char>(value >> 8)};
-    if (!air.writeAt(static_cast<std::uint64_t>(section.offset + TYPE_OFFSET), std::string_view(low, 2))
-        || !air.close())
-        return fail();
-    return {AirTypePatchOutcome::Written};
+    return {outcome};
 }
 
 void ReadByteArray(const std::u16string &path, std::vector<std::uint8_t> &bytes)
@@ -178,7 +190,10 @@ void ReadByteArray(const std::u16string &path, std::vector<std::uint8_t> &bytes)
     if (platform::isReadOnly(*file))
         throw RuntimeError::pathFileAccessError();
     // Written over the start and not truncated: the file keeps its length, its last three bytes stand twice.
-    if (!writeBytesAt(*file, 0, std::string_view(content).substr(3)))
+    journalBeforeChange(*file);
+    const bool written = writeBytesAt(*file, 0, std::string_view(content).substr(3));
+    journalAfterChange(*file);
+    if (!written)
         throw RuntimeError::permissionDenied();
 }
 

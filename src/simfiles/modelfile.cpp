@@ -11,6 +11,7 @@
 #include "core/dialogs.h"
 #include "core/paths.h"
 #include "core/vbtext.h"
+#include "history/journal.h"
 #include "platform/fileio.h"
 #include "simfiles/binaryfile.h"
 
@@ -148,6 +149,24 @@ std::optional<std::uint8_t> radiusByte(const std::u16string &text, char16_t deci
     return static_cast<std::uint8_t>(rounded);
 }
 
+namespace {
+
+// The file is closed again when this returns.
+bool writeRadiusByte(const fs::path &file, const std::u16string &radiusText, char16_t decimalSeparator)
+{
+    // Opened before the text is converted: a model the simulator holds fails whatever the text.
+    platform::ExclusiveFile model = platform::ExclusiveFile::open(file, platform::ExclusiveAccess::ReadWrite);
+    if (!model.isOpen())
+        return false;
+    const std::optional<std::uint8_t> radius = radiusByte(radiusText, decimalSeparator);
+    if (!radius)
+        return false;
+    const char byte = static_cast<char>(*radius);
+    return model.writeAt(RADIUS_OFFSET, std::string_view(&byte, 1)) && model.close();
+}
+
+} // namespace
+
 RadiusWriteOutcome writeModelRadius(const std::u16string &ModelFilePath, const std::u16string &RadiusOnLoad,
                                     const std::u16string &radiusText, char16_t decimalSeparator, Dialogs &dialogs)
 {
@@ -158,19 +177,13 @@ RadiusWriteOutcome writeModelRadius(const std::u16string &ModelFilePath, const s
         return RadiusWriteOutcome::Failed;
     };
     const std::optional<fs::path> file = existingFile(ModelFilePath);
-    if (!file || !platform::clearReadOnly(*file))
+    if (!file)
         return fail();
-    // Opened before the text is converted: a model the simulator holds fails whatever the text.
-    platform::ExclusiveFile model = platform::ExclusiveFile::open(*file, platform::ExclusiveAccess::ReadWrite);
-    if (!model.isOpen())
-        return fail();
-    const std::optional<std::uint8_t> radius = radiusByte(radiusText, decimalSeparator);
-    if (!radius)
-        return fail();
-    const char byte = static_cast<char>(*radius);
-    if (!model.writeAt(RADIUS_OFFSET, std::string_view(&byte, 1)) || !model.close())
-        return fail();
-    return RadiusWriteOutcome::Written;
+    // Taken before the read-only state goes, and again once the exclusive open has let go of the file.
+    journalBeforeChange(*file);
+    const bool written = platform::clearReadOnly(*file) && writeRadiusByte(*file, radiusText, decimalSeparator);
+    journalAfterChange(*file);
+    return written ? RadiusWriteOutcome::Written : fail();
 }
 
 } // namespace fleetwright
