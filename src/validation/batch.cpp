@@ -115,6 +115,7 @@ BatchResult runBatchValidation(const BatchInput &input, clsIniFile &AircraftIni,
             run.BatchRunning = true;
             run.reportPath = singleReport;
             run.yieldToEvents = input.yieldToEvents;
+            run.journal = input.journal;
             try {
                 const ValidationResult validated = runValidation(run, AircraftIni, dialogs);
                 done.ReportHasErrors = validated.ReportHasErrors;

@@ -76,6 +76,8 @@ struct BatchInput
     const std::atomic<bool> *stopRequested = nullptr;
     // Passed on to every run, for the empty-folder search.
     std::function<void()> yieldToEvents = {};
+    // Passed on to every run: what a run changes is one operation of its folder.
+    Journal *journal = nullptr;
 };
 
 struct BatchResult

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <limits>
+#include <optional>
 #include <string_view>
 #include <system_error>
 #include <unordered_map>
@@ -12,6 +13,7 @@
 #include "core/paths.h"
 #include "core/runtimeerror.h"
 #include "core/vbtext.h"
+#include "history/journal.h"
 #include "platform/filelookup.h"
 #include "simfiles/binaryfile.h"
 #include "validation/reportwriter.h"
@@ -171,6 +173,9 @@ bool hasFile(const std::u16string &folder, const std::u16string &name)
 
 ValidationResult runValidation(const ValidationInput &input, clsIniFile &AircraftIni, Dialogs &dialogs)
 {
+    std::optional<JournalOperation> operation;
+    if (input.journal)
+        operation.emplace(*input.journal, std::filesystem::path(input.folder), std::u16string(BOM_REMOVAL_OPERATION));
     ValidationResult result;
     RunState state;
     state.options = input.AnalyzeOptionList;

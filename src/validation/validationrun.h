@@ -2,12 +2,17 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace fleetwright {
 
 class clsIniFile;
 class Dialogs;
+class Journal;
+
+// The journal's name for what a run changes: the byte order marks it takes out of texture.cfg and model.cfg.
+inline constexpr std::u16string_view BOM_REMOVAL_OPERATION = u"Validate: removed byte order marks";
 
 // What a run knows of the machine: start-up's findings.
 struct ValidationEnvironment
@@ -41,6 +46,9 @@ struct ValidationInput
     std::u16string reportPath; // empty: TempFolder + "corvanecheck.log"
     // Called once per folder of the empty-folder search, so the window can serve its events.
     std::function<void()> yieldToEvents = {};
+    // When given, what the run changes in the folder is one operation in it, BOM_REMOVAL_OPERATION; a run
+    // that changes nothing leaves no trace there.
+    Journal *journal = nullptr;
 };
 
 enum class ValidationOutcome
