@@ -6,6 +6,7 @@
 #include <ostream>
 
 #include "checkercommands.h"
+#include "cli/historycommands.h"
 #include "cli/validatecommands.h"
 #include "core/aircraftfilestore.h"
 #include "core/arraysearch.h"
@@ -17,6 +18,7 @@
 #include "editing/keyremoval.h"
 #include "editing/sectionrenumber.h"
 #include "editing/sortkeys.h"
+#include "history/journal.h"
 #include "platform/fileio.h"
 #include "platform/filelookup.h"
 #include "platform/utf8.h"
@@ -39,6 +41,7 @@ namespace {
 
 struct EditArguments
 {
+    std::filesystem::path folder; // as the journal names it
     std::filesystem::path aircraftCfg;
     bool backup = true;
 };
@@ -79,8 +82,17 @@ std::optional<EditArguments> parse(const std::vector<std::string> &args, const c
         exitCode = CHECK_EXIT_NO_REPORT;
         return std::nullopt;
     }
+    parsed.folder = journalFolder(std::filesystem::path(*folder));
     parsed.aircraftCfg = *found;
     return parsed;
+}
+
+// The command's changes, as one operation of the folder's journal, named as the program names it.
+template<typename Change> void journaled(const std::filesystem::path &folder, std::u16string name, Change change)
+{
+    Journal journal(Journal::defaultLocation());
+    const JournalOperation operation(journal, folder, std::move(name));
+    change();
 }
 
 int failed(std::ostream &err, const RuntimeError &error)
@@ -98,7 +110,8 @@ int runRenumberCommand(const std::vector<std::string> &args, std::ostream &out, 
     if (!parsed)
         return exitCode;
     try {
-        Renumber_fltsim(parsed->aircraftCfg.u16string(), parsed->backup);
+        journaled(parsed->folder, u"Renumber",
+                  [&] { Renumber_fltsim(parsed->aircraftCfg.u16string(), parsed->backup); });
     } catch (const RuntimeError &error) {
         return failed(err, error);
     }
@@ -117,7 +130,7 @@ int runSortKeysCommand(const std::vector<std::string> &args, std::ostream &out, 
     // The closing information box has nobody to read it; the line below says the same.
     NeverAskDialogs dialogs(false, [](const DialogRecord &) {});
     try {
-        DoSortKeys(ini, parsed->backup, dialogs);
+        journaled(parsed->folder, u"Sort keys", [&] { DoSortKeys(ini, parsed->backup, dialogs); });
     } catch (const RuntimeError &error) {
         return failed(err, error);
     }
@@ -159,8 +172,10 @@ int runRemoveKeysCommand(const std::vector<std::string> &args, std::ostream &out
     }
     std::int16_t count = 0;
     try {
-        MakeBackup(path, parsed->backup);
-        count = RemoveMarkedKeys(ini, marked);
+        journaled(parsed->folder, u"Remove keys", [&] {
+            MakeBackup(path, parsed->backup);
+            count = RemoveMarkedKeys(ini, marked);
+        });
     } catch (const RuntimeError &error) {
         return failed(err, error);
     }
@@ -286,7 +301,12 @@ int runAirTypeCommand(const std::vector<std::string> &args, std::ostream &out, s
         return CHECK_EXIT_OK;
     }
 
-    const AirTypePatch patch = patchAirType(*newType, state, false, dialogs);
+    AirTypePatch patch;
+    try {
+        journaled(journalFolder(folder), u"Air type", [&] { patch = patchAirType(*newType, state, false, dialogs); });
+    } catch (const RuntimeError &error) {
+        return failed(err, error);
+    }
     if (patch.outcome != AirTypePatchOutcome::Written) {
         reportBoxes();
         if (boxes.empty())

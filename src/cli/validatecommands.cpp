@@ -16,6 +16,7 @@
 #include "core/runtimeerror.h"
 #include "environment/simulatorenvironment.h"
 #include "environment/startupsettings.h"
+#include "history/journal.h"
 #include "platform/fileio.h"
 #include "platform/filelookup.h"
 #include "platform/settingsstore.h"
@@ -294,6 +295,8 @@ int runValidateCommand(const std::vector<std::string> &args, std::ostream &out, 
     input.gridRowCount = feed.gridRowCount;
     input.reportPath = target.path();
     try {
+        Journal journal(Journal::defaultLocation());
+        input.journal = &journal;
         const ValidationResult result = runValidation(input, AircraftIni, dialogs);
         if (result.outcome != ValidationOutcome::ReportWritten)
             return CHECK_EXIT_NO_REPORT;
@@ -325,6 +328,8 @@ int runValidateAllCommand(const std::vector<std::string> &args, std::ostream &ou
     clsIniFile AircraftIni;
     BatchResult result;
     try {
+        Journal journal(Journal::defaultLocation());
+        input.journal = &journal;
         result = runBatchValidation(input, AircraftIni, dialogs);
     } catch (const RuntimeError &error) {
         tell(err, commonErrorText(error));
