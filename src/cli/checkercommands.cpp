@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "cli/editcommands.h"
+#include "cli/historycommands.h"
 #include "cli/validatecommands.h"
 #include "version.h"
 
@@ -40,6 +41,11 @@ constexpr Command COMMANDS[] = {
      runRemoveKeysCommand},
     {"air-type", "FILE [--set 0|1|2]", "show or set the aircraft type of an .air file", runAirTypeCommand},
     {"mdl-info", "FILE", "show the version and the radius of an .mdl file", runMdlInfoCommand},
+    {"history", "FOLDER", "list the journaled changes of an aircraft folder, newest first", runHistoryCommand},
+    {"undo", "FOLDER [--force]", "undo the last change of the folder", runUndoCommand},
+    {"redo", "FOLDER [--force]", "redo the last change undone in the folder", runRedoCommand},
+    {"restore", "FOLDER --before ID [--force]", "put the folder's files back to just before operation ID",
+     runRestoreCommand},
     {"--help", "", "show this text", showHelp},
     {"--version", "", "show the version of fleetwright-check", showVersion},
 };
@@ -69,6 +75,7 @@ void writeUsage(std::ostream &stream)
     stream << "\n"
            << VALIDATE_OPTIONS_HELP << "\n"
            << EDIT_OPTIONS_HELP << "\n"
+           << HISTORY_OPTIONS_HELP << "\n"
            << "Exit status:\n"
            << "  " << CHECK_EXIT_OK << "   success; for validate and validate-all: no report has errors\n"
            << "  " << CHECK_EXIT_ERRORS << "   a validation report has errors\n"
@@ -77,7 +84,9 @@ void writeUsage(std::ostream &stream)
            << "      off, a run-time error ended a run, or the report could not be written; for validate-all\n"
            << "      this wins over 1; for renumber, sort-keys and remove-keys: aircraft.cfg is missing or\n"
            << "      cannot be read or written; for air-type and mdl-info: the file is missing or cannot be\n"
-           << "      read or written\n"
+           << "      read or written; for every command that writes: the journal cannot keep the old bytes;\n"
+           << "      for undo, redo and restore: nothing to undo or redo, an unknown ID, a file changed outside\n"
+           << "      since (without --force), or a file could not be written\n"
            << "  " << CHECK_EXIT_USAGE << "  the command line is wrong\n";
 }
 
