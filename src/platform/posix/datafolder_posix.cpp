@@ -1,0 +1,27 @@
+#include "platform/datafolder.h"
+
+#include <cstdlib>
+
+#include "platform/posix/homefolder_posix.h"
+
+namespace fleetwright::platform {
+
+std::filesystem::path applicationDataFolder()
+{
+    // The base directory specification asks for an absolute XDG_DATA_HOME; a relative one is ignored.
+    if (const std::optional<std::filesystem::path> home = environmentPath("XDG_DATA_HOME"); home && home->is_absolute())
+        return *home / "fleetwright";
+    const std::string user = homeFolder();
+    if (user.empty())
+        return {};
+    return std::filesystem::path(user) / ".local" / "share" / "fleetwright";
+}
+
+std::optional<std::filesystem::path> environmentPath(const char *name)
+{
+    if (const char *value = std::getenv(name); value != nullptr && *value != '\0')
+        return std::filesystem::path(value);
+    return std::nullopt;
+}
+
+} // namespace fleetwright::platform
