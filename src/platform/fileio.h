@@ -72,6 +72,25 @@ bool writeFileInPlace(const std::filesystem::path &path, std::string_view bytes)
 // Returns false, with the old file as it stood, on any failure, and when the file is read-only.
 bool replaceFileAtomically(const std::filesystem::path &path, std::string_view bytes);
 
+// Makes bytes the whole content of the file at path the way the program's own records must be kept: a
+// temporary file in the same folder, written and flushed to the disk, renamed over the old one, the folder
+// flushed too. Unlike replaceFileAtomically it keeps nothing of an old file (links, permissions) and a test's
+// ReplaceFailureForTests does not stop it: the journal keeps its before-images this way while a test
+// interrupts the rewrite of a user's file. False, and nothing changed at path, on any failure.
+bool writeFileDurably(const std::filesystem::path &path, std::string_view bytes);
+
+// Appends bytes to the end of the file at path (created when missing) and flushes them to the disk before it
+// returns. False when the file cannot be opened or the bytes did not all reach it.
+bool appendDurably(const std::filesystem::path &path, std::string_view bytes);
+
+// Makes the file read-only (POSIX: takes away every write bit; Windows: sets the read-only attribute).
+// False on failure.
+bool setReadOnly(const std::filesystem::path &path);
+
+// A path as text to compare paths by: lexically normal, "/" as separator, no trailing one; upper-cased on
+// Windows, where names differ not by case.
+std::u16string comparablePath(const std::filesystem::path &path);
+
 // For tests only: while one lives, every replaceFileAtomically writes no more than bytesBeforeFailure bytes of
 // the new content and then fails as a full disk or a pulled cable would, so a test can interrupt any rewrite
 // at any byte and look at what is left. Not for the program, and not for use from two threads.

@@ -297,6 +297,58 @@ bool replaceFileAtomically(const std::filesystem::path &path, std::string_view b
     return true;
 }
 
+bool writeFileDurably(const std::filesystem::path &path, std::string_view bytes)
+{
+    if (!path.has_filename())
+        return false;
+    const std::filesystem::path folder = path.has_parent_path() ? path.parent_path() : ".";
+    std::filesystem::path tempPath;
+    const int fd = createTempFile(folder, path.filename().string(), tempPath);
+    if (fd < 0)
+        return false;
+    bool ok = writeAll(fd, bytes) && ::fsync(fd) == 0;
+    ok = (::close(fd) == 0) && ok;
+    if (ok)
+        ok = ::rename(tempPath.c_str(), path.c_str()) == 0;
+    if (!ok) {
+        ::unlink(tempPath.c_str());
+        return false;
+    }
+    syncFolder(folder);
+    return true;
+}
+
+bool appendDurably(const std::filesystem::path &path, std::string_view bytes)
+{
+    struct stat info;
+    const bool existed = ::stat(path.c_str(), &info) == 0;
+    const int fd = openRetrying(path.c_str(), O_WRONLY | O_APPEND | O_CREAT, 0666);
+    if (fd < 0)
+        return false;
+    bool ok = writeAll(fd, bytes) && ::fsync(fd) == 0;
+    ok = (::close(fd) == 0) && ok;
+    // A new file's name is in the folder, which needs its own flush to survive a crash.
+    if (ok && !existed)
+        syncFolder(path.has_parent_path() ? path.parent_path() : std::filesystem::path("."));
+    return ok;
+}
+
+bool setReadOnly(const std::filesystem::path &path)
+{
+    struct stat info;
+    if (::stat(path.c_str(), &info) != 0)
+        return false;
+    return ::chmod(path.c_str(), (info.st_mode & 07777) & ~(S_IWUSR | S_IWGRP | S_IWOTH)) == 0;
+}
+
+std::u16string comparablePath(const std::filesystem::path &path)
+{
+    std::u16string text = path.lexically_normal().generic_u16string();
+    while (text.size() > 1 && text.back() == u'/')
+        text.pop_back();
+    return text;
+}
+
 ExclusiveFile::~ExclusiveFile()
 {
     close();

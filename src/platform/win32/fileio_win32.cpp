@@ -7,6 +7,8 @@
 #include <utility>
 #include <windows.h>
 
+#include "platform/namefolding.h"
+
 namespace fleetwright::platform {
 
 namespace {
@@ -287,6 +289,67 @@ bool replaceFileAtomically(const std::filesystem::path &path, std::string_view b
         return false;
     }
     return true;
+}
+
+bool writeFileDurably(const std::filesystem::path &path, std::string_view bytes)
+{
+    if (!path.has_filename())
+        return false;
+    static std::atomic<unsigned> counter {0};
+    const std::filesystem::path folder = path.parent_path();
+    std::filesystem::path tempPath;
+    HANDLE created = INVALID_HANDLE_VALUE;
+    for (int attempt = 0; attempt < 100 && created == INVALID_HANDLE_VALUE; ++attempt) {
+        tempPath = folder
+            / (L"." + path.filename().wstring() + L".fw" + std::to_wstring(GetCurrentProcessId()) + L"-"
+               + std::to_wstring(counter++) + L".tmp");
+        created = CreateFileW(tempPath.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+        if (created == INVALID_HANDLE_VALUE && GetLastError() != ERROR_FILE_EXISTS)
+            return false;
+    }
+    Handle temp(created);
+    if (!temp.isValid())
+        return false;
+    bool ok = writeAll(temp.get(), bytes) && FlushFileBuffers(temp.get());
+    ok = temp.close() && ok;
+    if (ok)
+        ok = MoveFileExW(tempPath.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
+    if (!ok) {
+        DeleteFileW(tempPath.c_str());
+        return false;
+    }
+    return true;
+}
+
+bool appendDurably(const std::filesystem::path &path, std::string_view bytes)
+{
+    // GENERIC_WRITE, not FILE_APPEND_DATA alone: FlushFileBuffers asks for the full write right.
+    Handle file(CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, OPEN_ALWAYS,
+                            FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!file.isValid())
+        return false;
+    LARGE_INTEGER zero {};
+    bool ok = SetFilePointerEx(file.get(), zero, nullptr, FILE_END) && writeAll(file.get(), bytes)
+        && FlushFileBuffers(file.get());
+    return file.close() && ok;
+}
+
+bool setReadOnly(const std::filesystem::path &path)
+{
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES)
+        return false;
+    if ((attributes & FILE_ATTRIBUTE_READONLY) != 0)
+        return true;
+    return SetFileAttributesW(path.c_str(), (attributes & ~FILE_ATTRIBUTE_NORMAL) | FILE_ATTRIBUTE_READONLY) != 0;
+}
+
+std::u16string comparablePath(const std::filesystem::path &path)
+{
+    std::u16string text = path.lexically_normal().generic_u16string();
+    while (text.size() > 1 && text.back() == u'/')
+        text.pop_back();
+    return foldName(text);
 }
 
 ExclusiveFile::~ExclusiveFile()
