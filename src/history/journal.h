@@ -93,6 +93,7 @@ public:
     struct State;
 
 private:
+    friend class JournalOperation;
     std::unique_ptr<State> m_state;
 };
 
