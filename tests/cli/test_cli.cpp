@@ -1,12 +1,12 @@
 #include <algorithm>
 #include <filesystem>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "cli/checkercommands.h"
+#include "cli/checkrun.h"
 #include "common/aircraftfolder.h"
 #include "common/airfilebuilder.h"
 #include "common/environment.h"
@@ -22,35 +22,6 @@
 using namespace fleetwright;
 using namespace fleetwright::test;
 namespace fs = std::filesystem;
-
-namespace {
-
-struct CheckRun
-{
-    int exitCode;
-    std::string out;
-    std::string err;
-};
-
-CheckRun check(const std::vector<std::string> &args)
-{
-    std::ostringstream out;
-    std::ostringstream err;
-    const int exitCode = runCheckerCommand(args, out, err);
-    return {exitCode, out.str(), err.str()};
-}
-
-const std::string TRY = "\nTry 'fleetwright-check --help' for the list of commands.\n";
-const std::string ALL_ON(23, '1');
-
-// Simulators and the stored options out of the way: every run says what it checks against.
-std::vector<std::string> hermetic(std::vector<std::string> args, const std::string &options = ALL_ON)
-{
-    args.insert(args.end(), {"--fs9", "", "--fsx", "", "--options", options});
-    return args;
-}
-
-} // namespace
 
 TEST(CheckerCommands, HelpListsTheCommandsThatRun)
 {
