@@ -56,7 +56,9 @@ std::vector<Edit> editScript(const std::vector<std::u16string_view> &a, const st
         ++tail;
     const int n = static_cast<int>(a.size() - head - tail);
     const int m = static_cast<int>(b.size() - head - tail);
-    const auto same = [&](int x, int y) { return a[head + static_cast<std::size_t>(x)] == b[head + static_cast<std::size_t>(y)]; };
+    const auto same = [&](int x, int y) {
+        return a[head + static_cast<std::size_t>(x)] == b[head + static_cast<std::size_t>(y)];
+    };
 
     std::vector<Edit> middle; // built backwards
     const int limit = std::min(n + m, MAX_DIFFERENCES);
@@ -154,8 +156,8 @@ void appendLine(std::u16string &out, char16_t sign, std::u16string_view line)
 
 bool isBinary(std::string_view bytes)
 {
-    const bool utf16 = bytes.size() >= 2
-        && ((bytes[0] == '\xFF' && bytes[1] == '\xFE') || (bytes[0] == '\xFE' && bytes[1] == '\xFF'));
+    const bool utf16 =
+        bytes.size() >= 2 && ((bytes[0] == '\xFF' && bytes[1] == '\xFE') || (bytes[0] == '\xFE' && bytes[1] == '\xFF'));
     return !utf16 && bytes.find('\0') != std::string_view::npos;
 }
 
@@ -167,8 +169,8 @@ std::u16string hexByte(unsigned char byte)
 
 std::u16string binaryDifference(std::string_view before, std::string_view after)
 {
-    std::u16string out = u"Binary file: " + number(before.size()) + u" bytes before, " + number(after.size())
-        + u" bytes after\n";
+    std::u16string out =
+        u"Binary file: " + number(before.size()) + u" bytes before, " + number(after.size()) + u" bytes after\n";
     std::size_t listed = 0;
     std::size_t differing = 0;
     for (std::size_t i = 0; i < std::max(before.size(), after.size()); ++i) {
@@ -194,7 +196,8 @@ std::u16string binaryDifference(std::string_view before, std::string_view after)
 
 std::u16string decodeFileText(std::string_view bytes)
 {
-    if (bytes.size() >= 2 && ((bytes[0] == '\xFF' && bytes[1] == '\xFE') || (bytes[0] == '\xFE' && bytes[1] == '\xFF'))) {
+    if (bytes.size() >= 2
+        && ((bytes[0] == '\xFF' && bytes[1] == '\xFE') || (bytes[0] == '\xFE' && bytes[1] == '\xFF'))) {
         const bool bigEndian = bytes[0] == '\xFE';
         std::u16string text;
         text.reserve(bytes.size() / 2);

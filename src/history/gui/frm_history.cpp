@@ -100,7 +100,7 @@ void frm_History::LoadOperations()
 
 const JournalOperationRecord *frm_History::chosenOperation() const
 {
-    const QTreeWidgetItem *item = m_ui->lvwOperations->currentItem();
+    QTreeWidgetItem *item = m_ui->lvwOperations->currentItem();
     const int row = item ? m_ui->lvwOperations->indexOfTopLevelItem(item) : -1;
     if (row < 0 || static_cast<std::size_t>(row) >= m_operations.size())
         return nullptr;
@@ -110,7 +110,8 @@ const JournalOperationRecord *frm_History::chosenOperation() const
 void frm_History::lvwOperations_Click()
 {
     const JournalOperationRecord *operation = chosenOperation();
-    m_ui->cmdRestore->setEnabled(operation != nullptr);
+    // An undone operation's files already stand as before it; Redo brings it back.
+    m_ui->cmdRestore->setEnabled(operation && !operation->undone);
     QListWidget *files = m_ui->lstFiles;
     const QSignalBlocker quiet(files);
     files->clear();
@@ -148,9 +149,8 @@ void frm_History::cmdRestore_Click()
         return;
     const std::uint64_t id = operation->id;
     const std::filesystem::path folder = m_context.folder;
-    const JournalOutcome outcome = m_context.history.act(m_context.dialogs, [&](Journal &journal, bool force) {
-        return journal.restoreBefore(folder, id, force);
-    });
+    const JournalOutcome outcome = m_context.history.act(
+        m_context.dialogs, [&](Journal &journal, bool force) { return journal.restoreBefore(folder, id, force); });
     if (outcome == JournalOutcome::Done || outcome == JournalOutcome::Failed) {
         if (m_context.reload)
             m_context.reload();

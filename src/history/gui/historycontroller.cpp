@@ -26,8 +26,7 @@ QString caption(const QString &verb, const std::optional<JournalOperationRecord>
 
 } // namespace
 
-HistoryController::HistoryController(const HistoryControls &controls, const HistoryServices &services,
-                                     QObject *parent)
+HistoryController::HistoryController(const HistoryControls &controls, const HistoryServices &services, QObject *parent)
     : QObject(parent)
     , m_c(controls)
     , m_services(services)
