@@ -339,7 +339,8 @@ void frm_Main::mnuCFG_Click()
         return;
     }
     if (state().InternalEditorOn) {
-        showTextEditor(this, *m_dialogs, state(), {TextEditorSubject::Kind::File, m_openAircraft.AircraftIni.path()});
+        showTextEditor(this, *m_dialogs, state(), {TextEditorSubject::Kind::File, m_openAircraft.AircraftIni.path()},
+                       m_history);
     } else {
         platform::Shell::openInPlainEditor(m_openAircraft.AircraftIni.path());
     }
@@ -352,7 +353,7 @@ void frm_Main::openAirlinesFile(bool fsx)
         return;
     if (global.InternalEditorOn) {
         using Kind = TextEditorSubject::Kind;
-        showTextEditor(this, *m_dialogs, global, {fsx ? Kind::FsxAirlines : Kind::Fs9Airlines, {}});
+        showTextEditor(this, *m_dialogs, global, {fsx ? Kind::FsxAirlines : Kind::Fs9Airlines, {}}, m_history);
     } else {
         platform::Shell::openInPlainEditor(fsx ? global.FsxAirlinesPath : global.Fs9AirlinesPath);
     }

@@ -20,6 +20,8 @@ namespace fleetwright {
 class Dialogs;
 class EditingController;
 class FolderViewController;
+class HistoryController;
+class JournalService;
 class SupportController;
 namespace platform {
 class SettingsStore;
@@ -41,6 +43,8 @@ public:
     const Ui::frm_RightClick &rightClickMenus() const { return m_rightClick; }
     Dialogs &dialogs() const { return *m_dialogs; }
     ProgramState &state() { return m_state; }
+    // The journal of the changes to the user's files, which Edit > Undo and File > History act on.
+    JournalService &history() const { return *m_history; }
     // The aircraft of the current folder and the open row.
     OpenAircraft &openAircraft() { return m_openAircraft; }
     // The profile file of the current folder's aircraft.cfg; its path names the current file.
@@ -104,6 +108,7 @@ private:
     FolderViewController *m_folderView = nullptr;
     EditingController *m_editing = nullptr;
     SupportController *m_support = nullptr;
+    JournalService *m_history = nullptr;
     bool m_resizableStyle = false;
     std::int32_t BorderTwipsX = 0;
     std::int32_t BorderTwipsY = 0;

@@ -5,6 +5,8 @@
 #include "app/frm_main.h"
 #include "editing/gui/editingcontroller.h"
 #include "folderview/gui/folderviewcontroller.h"
+#include "history/gui/historycontroller.h"
+#include "history/gui/journalservice.h"
 #include "parking/gui/parkingcontroller.h"
 #include "support/gui/supportcontroller.h"
 #include "validation/gui/validationcontroller.h"
@@ -158,15 +160,17 @@ EditingControls editingControls(const Ui::frm_Main &c, const Ui::frm_RightClick 
 void frm_Main::createControllers()
 {
     using namespace fleetwright;
+    m_history = new JournalService(Journal::defaultLocation(), this);
     m_folderView =
         new FolderViewController(folderViewControls(m_ui, m_rightClick),
                                  FolderViewServices {*m_dialogs, state(), *m_settings, m_openAircraft,
                                                      [this](int panel, const QString &text, PanelColour colour) {
                                                          PaintStatusPanel(panel, text, colour);
-                                                     }},
+                                                     },
+                                                     *m_history},
                                  this);
     m_editing = new EditingController(editingControls(m_ui, m_rightClick),
-                                      EditingServices {*m_dialogs, state(), m_openAircraft, *this,
+                                      EditingServices {*m_dialogs, state(), m_openAircraft, *this, *m_history,
                                                        [this] { Dir1_Change(); }, [this] { ListView1_DblClick(); }},
                                       this);
     const ValidationContext validation {
@@ -182,6 +186,7 @@ void frm_Main::createControllers()
         .state = state(),
         .settings = *m_settings,
         .aircraftIni = m_openAircraft.AircraftIni,
+        .history = *m_history,
     };
     const ParkingContext parking {
         .window = this,
@@ -194,8 +199,22 @@ void frm_Main::createControllers()
                                    .mnu_AppUpdate = m_ui.mnu_AppUpdate,
                                    .mnuAboutProg = m_ui.mnuAboutProg,
                                    .mnuResizable = m_ui.mnuResizable};
-    m_units = {m_folderView, new ValidationController(validation), m_editing, new ParkingController(parking),
-               m_support = new SupportController(support, *m_dialogs, state(), *m_settings)};
+    const HistoryControls historyControls {.mnuEdit = m_ui.mnuEdit,
+                                           .mnuUndo = m_ui.mnuUndo,
+                                           .mnuRedo = m_ui.mnuRedo,
+                                           .mnuHistory = m_ui.mnuHistory,
+                                           .Dir1 = m_ui.Dir1,
+                                           .ListView1 = m_ui.ListView1};
+    auto *history = new HistoryController(
+        historyControls,
+        HistoryServices {*m_dialogs, *m_history, *this, [this] { Dir1_Change(); }, [this] { ListView1_DblClick(); }},
+        this);
+    m_units = {m_folderView,
+               new ValidationController(validation),
+               m_editing,
+               new ParkingController(parking),
+               m_support = new SupportController(support, *m_dialogs, state(), *m_settings),
+               history};
 }
 
 void frm_Main::Dir1_Change()

@@ -98,7 +98,7 @@ void sizeToFont(const Ui::frm_Main &ui)
 
 void finishMainForm(const Ui::frm_Main &ui)
 {
-    for (QMenu *menu : {ui.mnuFile, ui.mnuSettings, ui.mnuTools, ui.mnuAbout})
+    for (QMenu *menu : {ui.mnuFile, ui.mnuEdit, ui.mnuSettings, ui.mnuTools, ui.mnuAbout})
         menu->menuAction()->setObjectName(menu->objectName() + QStringLiteral("_action"));
     dropMadeUpNames(ui.centralWidget);
 

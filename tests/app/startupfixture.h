@@ -45,6 +45,7 @@ protected:
         for (const char *name : {"FLEETWRIGHT_FS9_DIR", "FLEETWRIGHT_FSX_DIR"})
             setEnv(name, "");
         setEnv("FLEETWRIGHT_SETTINGS", (dir / "settings.ini").string());
+        setEnv("FLEETWRIGHT_HISTORY", (dir / "history").string());
         setEnv("WINEPREFIX", (dir / "no-prefix").string());
         setEnv("FLEETWRIGHT_APPDATA", (dir / "appdata").string());
         m_savedUpdateForm =

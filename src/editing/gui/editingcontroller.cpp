@@ -1,6 +1,9 @@
 // The writes of the open aircraft: the form's boxes in, the engine's write, then the reload.
 #include "editing/gui/editingcontroller.h"
 
+#include <algorithm>
+#include <optional>
+
 #include <QAction>
 #include <QCheckBox>
 #include <QComboBox>
@@ -23,6 +26,7 @@
 #include "editing/updateall.h"
 #include "environment/programstate.h"
 #include "folderview/openaircraft.h"
+#include "history/gui/journalservice.h"
 
 namespace fleetwright {
 
@@ -38,6 +42,16 @@ std::optional<std::u16string> selectedSection(const QTreeWidget *grid)
     if (const QTreeWidgetItem *item = grid->currentItem())
         return toU16String(item->text(0));
     return std::nullopt;
+}
+
+// "Delete 2 sections": the checked rows, or the selected one when none is checked.
+std::u16string deletionName(const GridRows &rows)
+{
+    std::size_t count = static_cast<std::size_t>(std::count(rows.checked.begin(), rows.checked.end(), true));
+    if (count == 0 && rows.selectedRow)
+        count = 1;
+    const std::string digits = std::to_string(count);
+    return u"Delete " + std::u16string(digits.begin(), digits.end()) + (count == 1 ? u" section" : u" sections");
 }
 
 } // namespace
@@ -70,6 +84,7 @@ void EditingController::connectEditing()
     for (QAction *item : {m_c.mnuRenumber, m_c.frm_RightClick.mnuRenumber})
         connect(item, &QAction::triggered, this, [this] {
             runEditing(u"FlightSimSectionRenumber", [this] {
+                const JournalService::Operation operation(m_services.history, aircraftFolder(), u"Renumber");
                 return FlightSimSectionRenumber(m_services.aircraft.AircraftIni.path(), m_services.state.ConfirmUpdates,
                                                 m_services.state.AutoBackupOn, m_services.dialogs);
             });
@@ -78,6 +93,7 @@ void EditingController::connectEditing()
         connect(item, &QAction::triggered, this, [this] {
             // The key order shows nowhere on the form: no reload.
             runEditing(u"DoSortKeys", [this] {
+                const JournalService::Operation operation(m_services.history, aircraftFolder(), u"Sort keys");
                 DoSortKeys(m_services.aircraft.AircraftIni, m_services.state.AutoBackupOn, m_services.dialogs);
                 return false;
             });
@@ -94,6 +110,7 @@ void EditingController::connectEditing()
                 rows.titles.push_back(toU16String(item->text(1)));
                 rows.checked.push_back(item->checkState(0) == Qt::Checked);
             }
+            const JournalService::Operation operation(m_services.history, aircraftFolder(), deletionName(rows));
             return FlightSimSectionDelete(m_services.aircraft.AircraftIni, rows, m_services.state.ConfirmUpdates,
                                           m_services.state.AutoBackupOn, m_services.dialogs);
         });
@@ -119,6 +136,11 @@ void EditingController::showFault(const RuntimeError &error, const char16_t *pro
     if (named.procedure().empty())
         named.setProcedure(procedure);
     m_services.dialogs.critical(commonErrorText(named), u"");
+}
+
+std::filesystem::path EditingController::aircraftFolder() const
+{
+    return JournalService::folderOf(m_services.aircraft.AircraftIni.path());
 }
 
 void EditingController::reopenRow(int position, bool makeVisible)
@@ -177,7 +199,15 @@ void EditingController::cmd_cfg_Update_Click()
     input.ConfirmUpdates = m_services.state.ConfirmUpdates;
     input.AutoBackupOn = m_services.state.AutoBackupOn;
 
-    const GeneralUpdateResult result = updateGeneralData(m_services.aircraft.AircraftIni, input, m_services.dialogs);
+    GeneralUpdateResult result;
+    try {
+        const JournalService::Operation operation(m_services.history, aircraftFolder(),
+                                                  u"Update [" + input.rowSection.value_or(u"") + u"]");
+        result = updateGeneralData(m_services.aircraft.AircraftIni, input, m_services.dialogs);
+    } catch (const RuntimeError &error) {
+        showFault(error, u"cmd_cfg_Update_Click");
+        return;
+    }
     if (result.outcome != GeneralUpdateOutcome::Written)
         return;
     if (result.atcBoxes) {
@@ -210,8 +240,11 @@ void EditingController::cmd_Associate_Click()
         input.airfile = toU16String(c.combo_Airfile->currentText());
         input.ConfirmUpdates = m_services.state.ConfirmUpdates;
         input.AutoBackupOn = m_services.state.AutoBackupOn;
-        if (!associateFiles(m_services.aircraft.AircraftIni, input, m_services.dialogs))
-            return;
+        {
+            const JournalService::Operation operation(m_services.history, aircraftFolder(), u"Associate");
+            if (!associateFiles(m_services.aircraft.AircraftIni, input, m_services.dialogs))
+                return;
+        }
         for (QComboBox *combo : {c.combo_Texture, c.combo_Model, c.combo_Airfile})
             combo->setCurrentIndex(-1);
         m_services.Dir1_Change();
@@ -259,9 +292,13 @@ void EditingController::cmd_Update_all_Click(QPushButton *button)
     for (int row = 0; row < grid->topLevelItemCount(); ++row)
         rowChecked.push_back(grid->topLevelItem(row)->checkState(0) == Qt::Checked);
     try {
-        if (!updateAll(m_services.aircraft.AircraftIni, member->key, value, rowChecked, m_services.state.ConfirmUpdates,
-                       m_services.dialogs))
-            return;
+        {
+            const JournalService::Operation operation(m_services.history, aircraftFolder(),
+                                                      u"Update all " + std::u16string(member->key));
+            if (!updateAll(m_services.aircraft.AircraftIni, member->key, value, rowChecked,
+                           m_services.state.ConfirmUpdates, m_services.dialogs))
+                return;
+        }
         // The selected row is looked up after the write; with none the position runs past the last row.
         int position = 0;
         while (position < grid->topLevelItemCount() && !grid->topLevelItem(position)->isSelected())
@@ -280,10 +317,13 @@ void EditingController::associationCombo_Change()
                                   || !m_c.combo_Airfile->currentText().isEmpty());
 }
 
-// The backup is taken when the dialog opens, whether or not anything is deleted later.
+// The backup is taken when the dialog opens, whether or not anything is deleted later. The dialog's whole
+// session is one operation: Undo takes back every delete made in it, and the backup with them.
 void EditingController::mnuDelKeys_Click()
 {
+    std::optional<JournalService::Operation> operation;
     try {
+        operation.emplace(m_services.history, aircraftFolder(), u"Remove keys");
         MakeBackup(m_services.aircraft.AircraftIni.path(), m_services.state.AutoBackupOn);
     } catch (const RuntimeError &error) {
         showFault(error, u"mnuDelKeys_Click");

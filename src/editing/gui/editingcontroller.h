@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <filesystem>
 #include <functional>
 
 #include <QObject>
@@ -25,6 +26,7 @@ class QWidget;
 namespace fleetwright {
 
 class Dialogs;
+class JournalService;
 class RuntimeError;
 struct EffectFields;
 struct OpenAircraft;
@@ -108,12 +110,14 @@ struct EditingControls
 
 // What editing works with besides its controls; all of it outlives the controller. After a write the folder
 // is loaded again and the row opened again, which is the folder view's work: the two callbacks reach it.
+// Each write is one journaled operation of the aircraft's folder.
 struct EditingServices
 {
     Dialogs &dialogs;
     ProgramState &state;
     OpenAircraft &aircraft;
     QWidget &window; // what the key removal dialog stands over
+    JournalService &history;
     std::function<void()> Dir1_Change;
     std::function<void()> ListView1_DblClick;
 };
@@ -165,6 +169,8 @@ private:
     EffectFields effectFields() const;
     void showEffectFields(const EffectFields &fields);
     void showFault(const RuntimeError &error, const char16_t *procedure);
+    // The folder of the open aircraft.cfg, which its operations belong to.
+    std::filesystem::path aircraftFolder() const;
     std::array<QLineEdit *, 15> exitFields() const;
 
     EditingControls m_c;

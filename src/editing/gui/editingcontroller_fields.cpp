@@ -24,6 +24,7 @@
 #include "editing/gui/editingcontroller.h"
 #include "environment/programstate.h"
 #include "folderview/openaircraft.h"
+#include "history/gui/journalservice.h"
 #include "parking/parkingentry.h"
 #include "simfiles/geometry.h"
 
@@ -178,6 +179,7 @@ void EditingController::cmd_Effect_Update_Click()
     input.DescriptionOnLoad = m_services.aircraft.DescriptionOnLoad;
     input.fields = effectFields();
     try {
+        const JournalService::Operation operation(m_services.history, aircraftFolder(), u"Effects");
         if (!fleetwright::cmd_Effect_Update(m_services.aircraft.AircraftIni, input, m_services.state.ConfirmUpdates,
                                             m_services.state.AutoBackupOn, m_services.dialogs))
             return;

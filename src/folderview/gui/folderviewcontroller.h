@@ -33,6 +33,7 @@ class DriveListBox;
 class StatusBarPanels;
 enum class PanelColour;
 struct OpenAircraft;
+class JournalService;
 struct ProgramState;
 namespace platform {
 class SettingsStore;
@@ -122,6 +123,7 @@ struct FolderViewServices
     platform::SettingsStore &settings;
     OpenAircraft &aircraft;
     std::function<void(int panel, const QString &text, PanelColour colour)> paintStatusPanel;
+    JournalService &history; // the air type patch is an operation of the folder
 };
 
 // The folder browser, the grid and the open row: how the user reaches a folder, the load that fills the grid

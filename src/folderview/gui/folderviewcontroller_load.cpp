@@ -26,6 +26,7 @@
 #include "folderview/gui/folderviewcontroller.h"
 #include "folderview/gui/folderwidgets.h"
 #include "folderview/openaircraft.h"
+#include "history/gui/journalservice.h"
 #include "platform/settingsstore.h"
 #include "simfiles/airfile.h"
 #include "simfiles/modelfile.h"
@@ -245,8 +246,17 @@ void FolderViewController::airTypeOption_Click(int type)
     if (!EventsEnabled)
         return;
     const AirFileState state {AirFileName, AirTypeShown};
-    const AirTypePatch patch =
-        patchAirType(static_cast<AirType>(type), state, m_services.state.ConfirmUpdates, m_services.dialogs);
+    AirTypePatch patch;
+    try {
+        const JournalService::Operation operation(m_services.history, toU16String(m_c.Dir1->path()), u"Air type");
+        patch = patchAirType(static_cast<AirType>(type), state, m_services.state.ConfirmUpdates, m_services.dialogs);
+    } catch (const RuntimeError &error) {
+        // No journal, no patch: the file stays as it is, and so do the option buttons.
+        m_services.dialogs.critical(commonErrorText(error), u"");
+        patch.outcome = AirTypePatchOutcome::Refused;
+        if (AirTypeShown >= 1 && AirTypeShown <= 3)
+            patch.restore = static_cast<AirType>(AirTypeShown - 1);
+    }
     if (patch.outcome == AirTypePatchOutcome::Refused) {
         EventsEnabled = false;
         if (patch.restore) {

@@ -27,6 +27,7 @@
 #include "core/runtimeerror.h"
 #include "environment/programstate.h"
 #include "environment/simulatorenvironment.h"
+#include "history/gui/journalservice.h"
 #include "platform/codepage.h"
 #include "platform/fileio.h"
 #include "ui_frm_texteditor.h"
@@ -314,10 +315,22 @@ void frm_TextEditor::saveText()
         FileName = *chosen;
     }
     const fs::path path(FileName);
+    std::optional<JournalService::Operation> operation;
+    if (m_history) {
+        try {
+            operation.emplace(*m_history, path.parent_path(), u"Edit " + path.filename().u16string());
+            journalBeforeChange(path);
+        } catch (const RuntimeError &error) {
+            showFileError(m_dialogs, error);
+            return;
+        }
+    }
     if (!platform::replaceFileAtomically(path, platform::toCodePage(toU16String(fileText())))) {
         showFileError(m_dialogs, writeError(path));
         return;
     }
+    if (m_history)
+        journalAfterChange(path);
     Dirty = false;
 }
 
@@ -473,7 +486,8 @@ void frm_TextEditor::txtData_Change()
     Dirty = true;
 }
 
-void showTextEditor(QWidget *parent, Dialogs &dialogs, ProgramState &state, const TextEditorSubject &subject)
+void showTextEditor(QWidget *parent, Dialogs &dialogs, ProgramState &state, const TextEditorSubject &subject,
+                    JournalService *history)
 {
     static QPointer<frm_TextEditor> open;
     if (open) {
@@ -484,6 +498,7 @@ void showTextEditor(QWidget *parent, Dialogs &dialogs, ProgramState &state, cons
     frm_TextEditor editor(dialogs, state, subject, parent);
     if (!editor.isLoaded())
         return;
+    editor.setHistory(history);
     open = &editor;
     editor.exec();
 }

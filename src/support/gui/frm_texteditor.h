@@ -18,6 +18,7 @@ class frm_TextEditor;
 namespace fleetwright {
 
 class Dialogs;
+class JournalService;
 struct ProgramState;
 
 // What the editor opens: the airlines.cfg of FS9 or FSX, whose paths start-up keeps, or the file named.
@@ -51,6 +52,9 @@ public:
     // The file that Save writes to; empty for a new text.
     const std::u16string &fileName() const { return FileName; }
     bool isDirty() const { return Dirty; }
+    // With a journal each save is an operation of the saved file's folder, "Edit aircraft.cfg", and a save
+    // that the journal cannot keep the old bytes of does not happen. Without one saves are not journaled.
+    void setHistory(JournalService *history) { m_history = history; }
 
 public slots:
     // Closing by any road asks about unsaved text first.
@@ -95,6 +99,7 @@ private:
     Dialogs &m_dialogs;
     ProgramState &m_state;
     const TextEditorSubject m_subject;
+    JournalService *m_history = nullptr;
     // mnuFileMRU(0) is the separator above the recent files, 1 to 4 the files.
     std::array<QAction *, 5> mnuFileMRU {};
     // The line end that lines added in the box get: the file's first one, CR LF when it has none.
@@ -109,7 +114,8 @@ private:
 };
 
 // Shows the editor for subject, modal over parent, and returns when it has closed. One editor at a time: while
-// one is open, a second call only brings it to the front.
-void showTextEditor(QWidget *parent, Dialogs &dialogs, ProgramState &state, const TextEditorSubject &subject);
+// one is open, a second call only brings it to the front. Its saves go into history when one is given.
+void showTextEditor(QWidget *parent, Dialogs &dialogs, ProgramState &state, const TextEditorSubject &subject,
+                    JournalService *history = nullptr);
 
 } // namespace fleetwright

@@ -12,6 +12,7 @@
 #include "core/gui/textconvert.h"
 #include "core/runtimeerror.h"
 #include "environment/programstate.h"
+#include "history/gui/journalservice.h"
 #include "support/gui/tooltips.h"
 #include "ui_frm_validateall.h"
 #include "validation/batch.h"
@@ -91,16 +92,18 @@ void frm_ValidateAll::cmdStart_Click()
     state.BatchRunning = true;
     std::u16string reportPath;
     try {
+        input.journal = &m_context.history.journal();
         reportPath = runBatchValidation(input, m_context.aircraftIni, m_context.dialogs).reportPath;
     } catch (const RuntimeError &error) {
         m_context.dialogs.critical(commonErrorText(error, u"frm_ValidateAll"), u"");
     }
     state.BatchRunning = false;
     --m_runs;
+    emit m_context.history.changed();
 
     if (!reportPath.empty()) {
         Dir1->setPath(toQString(BatchStartFolder));
-        showReportFile(parentWidget(), m_context.dialogs, state, reportPath);
+        showReportFile(parentWidget(), m_context.dialogs, state, reportPath, &m_context.history);
     }
     if (m_stopRequested && m_runs == 0)
         close();

@@ -22,6 +22,7 @@ class frm_ValidateAll;
 namespace fleetwright {
 
 class Dialogs;
+class JournalService;
 class clsIniFile;
 struct ProgramState;
 
@@ -34,6 +35,7 @@ struct ValidateAllContext
     Dialogs &dialogs;
     ProgramState &state;
     clsIniFile &aircraftIni; // the profile file of the loaded folder's aircraft.cfg
+    JournalService &history; // what a run repairs is an operation of its folder
 };
 
 // Validates every aircraft folder directly below a root and joins the reports into "corvanecheckall.log".

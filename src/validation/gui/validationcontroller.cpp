@@ -11,6 +11,7 @@
 #include "core/gui/textconvert.h"
 #include "core/runtimeerror.h"
 #include "environment/programstate.h"
+#include "history/gui/journalservice.h"
 #include "platform/shell.h"
 #include "support/gui/frm_texteditor.h"
 #include "validation/gui/frm_analyzeoptions.h"
@@ -70,14 +71,16 @@ void ValidationController::validate()
     input.gridRowCount = m_context.ListView1->topLevelItemCount();
     input.BatchRunning = state.BatchRunning;
     input.yieldToEvents = [] { QCoreApplication::processEvents(); };
+    input.journal = &m_context.history.journal();
 
     const ValidationResult result = runValidation(input, m_context.aircraftIni, m_context.dialogs);
+    emit m_context.history.changed();
     // Without a simulator the run turns the airline options off in memory, until they are next read.
     if (!result.AnalyzeOptionList.empty())
         state.AnalyzeOptionList = result.AnalyzeOptionList;
 
     if (result.outcome == ValidationOutcome::ReportWritten && !state.BatchRunning)
-        showReportFile(m_context.window, m_context.dialogs, state, result.reportPath);
+        showReportFile(m_context.window, m_context.dialogs, state, result.reportPath, &m_context.history);
 }
 
 // Inside a batch an error ends this run only, without a word.
@@ -102,7 +105,8 @@ void ValidationController::mnuvalidateAll_Click()
                                          .txt_FSXVersion = m_context.txt_FSXVersion,
                                          .dialogs = m_context.dialogs,
                                          .state = m_context.state,
-                                         .aircraftIni = m_context.aircraftIni},
+                                         .aircraftIni = m_context.aircraftIni,
+                                         .history = m_context.history},
                                         m_context.window);
     m_validateAll->show();
 }
@@ -148,10 +152,11 @@ ValidationEnvironment environmentFromStartUp(const ProgramState &state)
     return environment;
 }
 
-void showReportFile(QWidget *parent, Dialogs &dialogs, ProgramState &state, const std::u16string &path)
+void showReportFile(QWidget *parent, Dialogs &dialogs, ProgramState &state, const std::u16string &path,
+                    JournalService *history)
 {
     if (state.InternalEditorOn)
-        showTextEditor(parent, dialogs, state, {TextEditorSubject::Kind::File, path});
+        showTextEditor(parent, dialogs, state, {TextEditorSubject::Kind::File, path}, history);
     else
         platform::Shell::openInPlainEditor(path);
 }

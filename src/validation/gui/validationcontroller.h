@@ -17,6 +17,7 @@ class QWidget;
 namespace fleetwright {
 
 class Dialogs;
+class JournalService;
 class clsIniFile;
 class frm_AnalyzeOptions;
 class frm_ValidateAll;
@@ -42,6 +43,7 @@ struct ValidationContext
     ProgramState &state;
     const platform::SettingsStore &settings;
     clsIniFile &aircraftIni; // the profile file of the current folder's aircraft.cfg
+    JournalService &history; // what a run repairs is an operation of its folder
 };
 
 // The main form's validation: "Validate aircraft", "Validate all aircraft below...", the report options and
@@ -78,6 +80,7 @@ ValidationEnvironment environmentFromStartUp(const ProgramState &state);
 
 // The report shown as every report of the program is: in the internal editor or in the platform's plain
 // editor, as the editor setting says.
-void showReportFile(QWidget *parent, Dialogs &dialogs, ProgramState &state, const std::u16string &path);
+void showReportFile(QWidget *parent, Dialogs &dialogs, ProgramState &state, const std::u16string &path,
+                    JournalService *history = nullptr);
 
 } // namespace fleetwright
