@@ -47,6 +47,8 @@ struct ScratchSettings::Place
 {
     TempDir dir;
     ScopedVariable file {"FLEETWRIGHT_SETTINGS", (dir / "settings.ini").string()};
+    // The journal too, so no test writes into the user's real data folder.
+    ScopedVariable history {"FLEETWRIGHT_HISTORY", (dir / "history").string()};
 };
 
 ScratchSettings::ScratchSettings()

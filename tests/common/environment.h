@@ -23,7 +23,8 @@ private:
     std::optional<std::string> m_old;
 };
 
-// An empty settings store of a test's own, removed at the end: a file that FLEETWRIGHT_SETTINGS names.
+// An empty settings store of a test's own, removed at the end: a file that FLEETWRIGHT_SETTINGS names. The
+// journal of changes (FLEETWRIGHT_HISTORY) is pointed into the same scratch folder.
 class ScratchSettings
 {
 public:
