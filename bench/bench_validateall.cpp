@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <random>
@@ -106,6 +107,8 @@ int main(int argc, char *argv[])
         ? fs::temp_directory_path() / ("fleetwright-bench-all-" + std::to_string(random()) + std::to_string(random()))
         : fs::absolute(kept);
     const fs::path library = root / "Aircraft";
+    // The checker opens its journal of changes: the benchmark's own, not the user's.
+    ::setenv("FLEETWRIGHT_HISTORY", (root / "history").c_str(), 1);
     std::error_code missing;
     if (kept.empty() || !fs::is_directory(library, missing)) {
         std::printf("generating %d aircraft folders in %s\n", folders, root.string().c_str());
