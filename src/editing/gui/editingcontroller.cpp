@@ -44,6 +44,12 @@ std::optional<std::u16string> selectedSection(const QTreeWidget *grid)
     return std::nullopt;
 }
 
+// "Update [fltsim.3]": the grid shows section names in capitals, the files and the menus in small letters.
+std::u16string updateName(const std::optional<std::u16string> &section)
+{
+    return u"Update [" + toU16String(toQString(section.value_or(u"")).toLower()) + u"]";
+}
+
 // "Delete 2 sections": the checked rows, or the selected one when none is checked.
 std::u16string deletionName(const GridRows &rows)
 {
@@ -201,8 +207,7 @@ void EditingController::cmd_cfg_Update_Click()
 
     GeneralUpdateResult result;
     try {
-        const JournalService::Operation operation(m_services.history, aircraftFolder(),
-                                                  u"Update [" + input.rowSection.value_or(u"") + u"]");
+        const JournalService::Operation operation(m_services.history, aircraftFolder(), updateName(input.rowSection));
         result = updateGeneralData(m_services.aircraft.AircraftIni, input, m_services.dialogs);
     } catch (const RuntimeError &error) {
         showFault(error, u"cmd_cfg_Update_Click");
