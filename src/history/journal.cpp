@@ -200,7 +200,7 @@ void Journal::State::take(const JournalLogRecord &record)
     }
 }
 
-void Journal::State::load()
+void Journal::State::load(bool recover)
 {
     platform::WholeFile log = platform::readWholeFile(logPath);
     if (!log.bytes && log.failure != platform::ReadFailure::FileNotFound)
@@ -213,8 +213,12 @@ void Journal::State::load()
         take(record);
     logSize = text.size();
     // A line a crash cut short is dropped, so that the next record starts on a line of its own.
-    if (valid < text.size() && platform::writeFileDurably(logPath, std::string_view(text).substr(0, valid)))
+    if (recover && valid < text.size() && platform::writeFileDurably(logPath, std::string_view(text).substr(0, valid)))
         logSize = valid;
+    // Only when the journal is opened: an unfinished operation seen later may be another process's, still
+    // running.
+    if (!recover)
+        return;
     for (auto &[id, operation] : operations)
         if (!operation.ended && !operation.dropped)
             finish(operation);
@@ -223,8 +227,8 @@ void Journal::State::load()
 void Journal::State::refresh()
 {
     const platform::FileIdentity identity = platform::fileIdentity(logPath);
-    if (identity.size != logSize)
-        load();
+    if (identity.size != logSize && !live)
+        load(false);
 }
 
 bool Journal::State::append(const std::vector<JournalLogRecord> &records)
@@ -271,28 +275,32 @@ bool Journal::State::finish(StoredOperation &operation)
 void Journal::State::enforceLimits()
 {
     std::map<std::string, std::pair<std::uint64_t, int>> uses; // digest: size, operations using it
-    const auto count = [&uses](const StoredOperation &operation, int step) {
+    std::uint64_t stored = 0;
+    const auto use = [&uses, &stored](const std::string &digest, std::uint64_t size, int step) {
+        if (digest.empty())
+            return;
+        auto &[bytes, users] = uses[digest];
+        bytes = size;
+        if (users == 0 && step > 0)
+            stored += size;
+        users += step;
+        if (users == 0)
+            stored -= size;
+    };
+    const auto count = [&use](const StoredOperation &operation, int step) {
         for (const StoredFile &file : operation.files) {
-            if (!file.file.beforeDigest.empty())
-                uses[file.file.beforeDigest] = {file.sizeBefore, uses[file.file.beforeDigest].second + step};
-            if (file.hasAfter && !file.file.afterDigest.empty())
-                uses[file.file.afterDigest] = {file.sizeAfter, uses[file.file.afterDigest].second + step};
+            use(file.file.beforeDigest, file.sizeBefore, step);
+            if (file.hasAfter)
+                use(file.file.afterDigest, file.sizeAfter, step);
         }
     };
     for (const auto &[id, operation] : operations)
         if (!operation.dropped)
             count(operation, 1);
-    const auto stored = [&uses] {
-        std::uint64_t total = 0;
-        for (const auto &[digest, use] : uses)
-            if (use.second > 0)
-                total += use.first;
-        return total;
-    };
     const std::int64_t oldest = platform::currentTimeNs() - limits.maxAgeDays * NS_PER_DAY;
     std::vector<StoredOperation *> droppedNow;
     for (auto &[id, operation] : operations) {
-        if (operation.dropped || (operation.timeNs >= oldest && stored() <= limits.maxBytes))
+        if (operation.dropped || (operation.timeNs >= oldest && stored <= limits.maxBytes))
             continue;
         operation.dropped = true;
         droppedNow.push_back(&operation);
@@ -357,7 +365,7 @@ Journal::Journal(std::filesystem::path location, JournalLimits limits)
         throw RuntimeError(75, u"The journal's folder " + inQuotes(m_state->location) + u" cannot be made.",
                            u"Journal");
     m_state->store.removeLeftovers();
-    m_state->load();
+    m_state->load(true);
 }
 
 Journal::~Journal() = default;
@@ -400,6 +408,7 @@ JournalOperation::~JournalOperation()
     const std::unique_ptr<LiveOperation> live = std::move(t_live);
     if (!live->id)
         return;
+    live->state->live = false;
     const auto found = live->state->operations.find(*live->id);
     // When the ending cannot be written, the next start of a journal completes it from the disk.
     if (found != live->state->operations.end())
@@ -430,6 +439,7 @@ void journalBeforeChange(const std::filesystem::path &file)
             records.clear();
         state.enforceLimits();
         live->id = state.nextId;
+        state.live = true;
         records.push_back(
             {'B', *live->id, {std::to_string(live->timeNs), utf8Of(live->folder), platform::toUtf8(live->name)}});
     }
@@ -442,8 +452,10 @@ void journalBeforeChange(const std::filesystem::path &file)
     }
     records.push_back(fileRecord('F', *live->id, file, now.exists, now.readOnly, digest, now.bytes.size()));
     if (!state.append(records)) {
-        if (!state.operations.contains(*live->id))
+        if (!state.operations.contains(*live->id)) {
             live->id.reset();
+            state.live = false;
+        }
         throw cannotKeep(file, state.location);
     }
     live->seen.insert(key);

@@ -61,10 +61,11 @@ struct Journal::State
     std::map<std::uint64_t, StoredOperation> operations;
     std::uint64_t nextId = 1;
     std::uint64_t logSize = 0; // how much of the log this state has taken in
+    bool live = false;         // an operation of this process is recording: its record must not be read anew
 
-    // Reads the log afresh: repairs a cut last line, completes what a crash left unfinished. Throws
-    // RuntimeError when the log exists but cannot be read.
-    void load();
+    // Reads the log afresh and repairs a cut last line; recover: also completes what a crash left unfinished.
+    // Throws RuntimeError when the log exists but cannot be read.
+    void load(bool recover);
     // Reads the log again when another process has added to it.
     void refresh();
     void take(const JournalLogRecord &record);
