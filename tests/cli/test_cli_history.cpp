@@ -171,6 +171,16 @@ TEST(HistoryCommands, RefusalsLeaveTheFilesAsTheyStand)
     EXPECT_EQ(run.err, "fleetwright-check: nothing to undo in " + f + "\n");
     EXPECT_EQ(check({"redo", f}).err, "fleetwright-check: nothing to redo in " + f + "\n");
 
+    // A journal that cannot be opened refuses the change: no change without a way back.
+    writeBytes(dir / "no-folder", "a file where the journal's folder would be");
+    {
+        const ScopedVariable broken("FLEETWRIGHT_HISTORY", (dir / "no-folder").string());
+        run = check({"sort-keys", f, "--no-backup"});
+        EXPECT_EQ(run.exitCode, CHECK_EXIT_NO_REPORT);
+        EXPECT_NE(run.err.find((dir / "no-folder").string()), std::string::npos) << run.err;
+        EXPECT_EQ(readBytes(folder / "aircraft.cfg"), CFG);
+    }
+
     // A refused write and a validation that repairs nothing leave no operation.
     makeReadOnly(folder / "aircraft.cfg");
     EXPECT_EQ(check({"remove-keys", f, "atc_id"}).exitCode, CHECK_EXIT_NO_REPORT);
