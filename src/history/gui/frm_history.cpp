@@ -45,10 +45,13 @@ frm_History::frm_History(const HistoryFormContext &context, QWidget *parent)
     m_ui->txtDiff->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     const QFontMetrics metrics(m_ui->lvwOperations->font());
     m_ui->lvwOperations->setColumnWidth(0, metrics.horizontalAdvance(QStringLiteral("0000-00-00 00:00:00  ")));
-    m_ui->lvwOperations->setColumnWidth(1, metrics.horizontalAdvance(QLatin1Char('M')) * 22);
-    m_ui->lstFiles->setMinimumWidth(metrics.horizontalAdvance(QLatin1Char('M')) * 12);
-    m_ui->splitChange->setStretchFactor(1, 3);
-    m_ui->splitHistory->setStretchFactor(1, 2);
+    // The change is what the user reads: it gets most of the room, the list of operations a few rows.
+    const int letter = metrics.horizontalAdvance(QLatin1Char('M'));
+    m_ui->splitChange->setSizes({letter * 12, width() - letter * 12});
+    m_ui->splitChange->setStretchFactor(1, 1);
+    m_ui->splitHistory->setSizes({metrics.height() * 9, height() - metrics.height() * 9});
+    m_ui->splitHistory->setStretchFactor(1, 1);
+    m_ui->lvwOperations->setColumnWidth(1, letter * 22);
 
     connect(m_ui->lvwOperations, &QTreeWidget::currentItemChanged, this, &frm_History::lvwOperations_Click);
     connect(m_ui->lstFiles, &QListWidget::currentRowChanged, this, &frm_History::lstFiles_Click);
