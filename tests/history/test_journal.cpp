@@ -275,6 +275,19 @@ TEST(Journal, DefaultLocationFollowsTheEnvironment)
     EXPECT_EQ(Journal::defaultLocation(), std::filesystem::path("journal-here"));
     const ScopedVariable unset("FLEETWRIGHT_HISTORY", std::nullopt);
     EXPECT_EQ(Journal::defaultLocation().filename(), "history");
+#ifndef _WIN32
+    // The data home as the base directory rules give it: an absolute XDG_DATA_HOME, else ~/.local/share.
+    const ScopedVariable home("HOME", "/home/pilot");
+    {
+        const ScopedVariable data("XDG_DATA_HOME", "/srv/data");
+        EXPECT_EQ(Journal::defaultLocation(), std::filesystem::path("/srv/data/fleetwright/history"));
+    }
+    for (const std::optional<std::string> &ignored :
+         {std::optional<std::string>(), std::optional<std::string>(""), std::optional<std::string>("relative/data")}) {
+        const ScopedVariable data("XDG_DATA_HOME", ignored);
+        EXPECT_EQ(Journal::defaultLocation(), std::filesystem::path("/home/pilot/.local/share/fleetwright/history"));
+    }
+#endif
 }
 
 } // namespace
