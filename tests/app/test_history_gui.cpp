@@ -252,3 +252,23 @@ TEST(FileDiff, UnifiedDiffOfTextAndBinaryFiles)
         EXPECT_EQ(unifiedDiff(row.before, row.after, u"f"), header + row.expected);
     }
 }
+
+TEST_F(History, WithoutAJournalNothingIsWrittenAndTheUserIsTold)
+{
+    test::writeBytes(dir / "not-a-folder", "x");
+    setEnv("FLEETWRIGHT_HISTORY", (dir / "not-a-folder").string());
+    frm_Main form(&dialogs);
+    const Ui::frm_Main &c = form.controls();
+    form.state().ConfirmUpdates = false;
+    writeSkyliner(dir / "Skyliner");
+    c.Dir1->setPath(test::nativeText(dir / "Skyliner"));
+    const auto before = folderFiles(dir / "Skyliner");
+    c.mnuRenumber->trigger();
+    c.opt_ac_AI->click();
+    EXPECT_EQ(folderFiles(dir / "Skyliner"), before);
+    ASSERT_EQ(dialogs.records().size(), 2u);
+    for (const DialogRecord &record : dialogs.records())
+        EXPECT_NE(record.text.find(u"journal"), std::u16string::npos) << toQString(record.text).toStdString();
+    EXPECT_TRUE(c.opt_ac_Helicopter->isChecked()) << "the option buttons show the file as it stayed";
+    EXPECT_EQ(menuText(c.mnuUndo), QStringLiteral("(off) &Undo"));
+}
