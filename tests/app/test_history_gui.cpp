@@ -54,6 +54,8 @@ QString menuText(const QAction *item)
 
 TEST_F(History, EveryWriteOfTheWindowIsUndoneAndRedoneByteForByte)
 {
+    setEnv("TMPDIR", (dir / "temp").string()); // the validation report's place
+    std::filesystem::create_directories(dir / "temp");
     frm_Main form(&dialogs);
     const Ui::frm_Main &c = form.controls();
     form.state().ConfirmUpdates = false;
@@ -110,6 +112,13 @@ TEST_F(History, EveryWriteOfTheWindowIsUndoneAndRedoneByteForByte)
              });
              c.mnuDelKeys->trigger();
          }},
+        {"Validate: removed byte order marks",
+         [&] {
+             form.state().AnalyzeOptionList.assign(23, u"1");
+             test::ModalDialogs<frm_TextEditor> report(
+                 [&](frm_TextEditor &open) { open.findChild<QAction *>(QStringLiteral("mnuFileExit"))->trigger(); });
+             c.mnuValidate->trigger();
+         }},
         {"Edit aircraft.cfg",
          [&] {
              test::ModalDialogs<frm_TextEditor> editor([&](frm_TextEditor &open) {
@@ -124,6 +133,7 @@ TEST_F(History, EveryWriteOfTheWindowIsUndoneAndRedoneByteForByte)
         SCOPED_TRACE(row.name);
         const fs::path folder = dir / "Aircraft" / row.name;
         writeSkyliner(folder);
+        test::writeBytes(folder / "model" / "model.cfg", "\xEF\xBB\xBF[models]\r\nnormal=skyliner\r\n");
         c.Dir1->setPath(test::nativeText(folder));
         EXPECT_EQ(menuText(c.mnuUndo), QStringLiteral("(off) &Undo"));
         const auto before = folderFiles(folder);
