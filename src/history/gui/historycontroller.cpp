@@ -38,8 +38,8 @@ HistoryController::HistoryController(const HistoryControls &controls, const Hist
     // The checker may have journaled or undone something meanwhile: the menu looks again as it opens.
     connect(m_c.mnuEdit, &QMenu::aboutToShow, this, &HistoryController::updateCaptions);
     connect(m_c.Dir1, &DirListBox::Change, this, &HistoryController::updateCaptions);
+    // No look at the journal yet: the window's first folder load brings the captions up to date.
     connect(&m_services.history, &JournalService::changed, this, &HistoryController::updateCaptions);
-    updateCaptions();
 }
 
 std::filesystem::path HistoryController::currentFolder() const
