@@ -54,7 +54,9 @@ QString menuText(const QAction *item)
 
 TEST_F(History, EveryWriteOfTheWindowIsUndoneAndRedoneByteForByte)
 {
-    setEnv("TMPDIR", (dir / "temp").string()); // the validation report's place
+    // The validation report's place: TMPDIR off Windows; TMP, else TEMP, on Windows.
+    for (const char *name : {"TMPDIR", "TMP", "TEMP"})
+        setEnv(name, (dir / "temp").string());
     std::filesystem::create_directories(dir / "temp");
     frm_Main form(&dialogs);
     const Ui::frm_Main &c = form.controls();
