@@ -89,6 +89,13 @@ RuntimeError cannotKeep(const std::filesystem::path &file, const std::filesystem
 
 } // namespace
 
+std::filesystem::path fullPath(const std::filesystem::path &path)
+{
+    std::error_code error;
+    std::filesystem::path full = std::filesystem::absolute(path, error);
+    return (error ? path : full).lexically_normal();
+}
+
 std::string utf8Of(const std::filesystem::path &path)
 {
     const std::u8string text = path.u8string();
@@ -340,7 +347,7 @@ void Journal::State::enforceLimits()
 
 std::vector<StoredOperation *> Journal::State::listed(const std::filesystem::path &folder)
 {
-    const std::u16string wanted = platform::comparablePath(folder);
+    const std::u16string wanted = platform::comparablePath(fullPath(folder));
     std::vector<StoredOperation *> result;
     for (auto entry = operations.rbegin(); entry != operations.rend(); ++entry)
         if (entry->second.isListed() && platform::comparablePath(entry->second.folder) == wanted)
@@ -396,7 +403,7 @@ JournalOperation::JournalOperation(Journal &journal, std::filesystem::path folde
     m_outer = true;
     t_live = std::make_unique<LiveOperation>();
     t_live->state = journal.m_state.get();
-    t_live->folder = std::move(folder);
+    t_live->folder = fullPath(folder);
     t_live->name = std::move(name);
     t_live->timeNs = platform::currentTimeNs();
 }
@@ -415,11 +422,13 @@ JournalOperation::~JournalOperation()
         live->state->finish(found->second);
 }
 
-void journalBeforeChange(const std::filesystem::path &file)
+void journalBeforeChange(const std::filesystem::path &given)
 {
     LiveOperation *live = t_live.get();
     if (!live)
         return;
+    // Kept in full, so that an undo from another working folder finds the file.
+    const std::filesystem::path file = fullPath(given);
     const std::u16string key = platform::comparablePath(file);
     if (live->seen.contains(key))
         return;

@@ -57,6 +57,11 @@ struct JournalResult
     std::vector<std::filesystem::path> changedOutside;
 };
 
+// The journal in its folder: journal.log, the append-only record of operations (journallog.h), and contents/,
+// every kept version of a file once under its SHA-256 (contentstore.h). Before a file changes, its old bytes
+// and then the log line naming them reach the disk. One writing process at a time is assumed; another's
+// records are read when the log has grown. The limits are applied as an operation begins: whole oldest
+// operations go, with the contents no remaining operation uses.
 class Journal
 {
 public:

@@ -86,6 +86,8 @@ struct Journal::State
     JournalResult move(StoredOperation &operation, bool back, bool force);
 };
 
+// Absolute and lexically normal: how the journal keeps folders and files, whatever the caller's working folder.
+std::filesystem::path fullPath(const std::filesystem::path &path);
 std::string utf8Of(const std::filesystem::path &path);
 std::filesystem::path pathOfUtf8(const std::string &text);
 
