@@ -177,6 +177,28 @@ TEST(Journal, UndoRedoChainAndRestore)
     EXPECT_EQ(snapshot(other.folder), (FolderSnapshot {{"aircraft.cfg", {"x", false}}}));
 }
 
+// The program and the checker each hold a journal on the same folder; each sees what the other recorded.
+TEST(Journal, TwoJournalsOnOnePlaceSeeEachOthersOperations)
+{
+    JournalScene scene;
+    writeBytes(scene / "aircraft.cfg", "0");
+    Journal program(scene.location);
+    Journal checker(scene.location);
+    perform(program, scene.folder, u"Update [fltsim.0]", {{"aircraft.cfg", "1"}});
+    perform(checker, scene.folder, u"Renumber", {{"aircraft.cfg", "2"}});
+
+    const std::vector<JournalOperationRecord> seen = program.operations(scene.folder);
+    ASSERT_EQ(seen.size(), 2u);
+    EXPECT_EQ(seen[0].name, u"Renumber");
+    EXPECT_NE(seen[0].id, seen[1].id);
+    EXPECT_EQ(program.undo(scene.folder).outcome, JournalOutcome::Done);
+    EXPECT_EQ(readBytes(scene / "aircraft.cfg"), "1");
+    EXPECT_EQ(checker.nextRedo(scene.folder)->name, u"Renumber");
+    EXPECT_EQ(checker.undo(scene.folder).outcome, JournalOutcome::Done);
+    EXPECT_EQ(readBytes(scene / "aircraft.cfg"), "0");
+    EXPECT_FALSE(program.nextUndo(scene.folder));
+}
+
 TEST(Journal, AnOperationThatChangedNothingLeavesNoRecord)
 {
     JournalScene scene;
