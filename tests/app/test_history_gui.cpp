@@ -8,6 +8,7 @@
 #include "editing/gui/frm_remove.h"
 #include "history/gui/filediff.h"
 #include "history/gui/frm_history.h"
+#include "history/gui/journalservice.h"
 #include "startupfixture.h"
 #include "support/gui/frm_texteditor.h"
 
@@ -283,4 +284,23 @@ TEST_F(History, WithoutAJournalNothingIsWrittenAndTheUserIsTold)
         EXPECT_NE(record.text.find(u"journal"), std::u16string::npos) << toQString(record.text).toStdString();
     EXPECT_TRUE(c.opt_ac_Helicopter->isChecked()) << "the option buttons show the file as it stayed";
     EXPECT_EQ(menuText(c.mnuUndo), QStringLiteral("(off) &Undo"));
+}
+
+TEST_F(History, ComingBackToTheWindowShowsWhatTheCheckerJournaledMeanwhile)
+{
+    frm_Main form(&dialogs);
+    const fs::path aircraft = openAircraft(form, SKYLINER);
+    EXPECT_EQ(menuText(form.controls().mnuUndo), QStringLiteral("(off) &Undo"));
+    {
+        Journal checker(Journal::defaultLocation());
+        const JournalOperation operation(checker, JournalService::folderKey(aircraft), u"Sort keys");
+        journalBeforeChange(aircraft / "aircraft.cfg");
+        test::writeBytes(aircraft / "aircraft.cfg", "[fltsim.0]\r\n");
+        journalAfterChange(aircraft / "aircraft.cfg");
+    }
+    QEvent activation(QEvent::WindowActivate);
+    QApplication::sendEvent(&form, &activation);
+    EXPECT_EQ(menuText(form.controls().mnuUndo), QStringLiteral("&Undo Sort keys"));
+    form.controls().mnuUndo->trigger();
+    EXPECT_EQ(readBytes(aircraft / "aircraft.cfg"), SKYLINER);
 }

@@ -2,6 +2,7 @@
 #include "history/gui/historycontroller.h"
 
 #include <QAction>
+#include <QEvent>
 #include <QMenu>
 #include <QTreeWidget>
 
@@ -35,11 +36,20 @@ HistoryController::HistoryController(const HistoryControls &controls, const Hist
     connect(m_c.mnuUndo, &QAction::triggered, this, &HistoryController::mnuUndo_Click);
     connect(m_c.mnuRedo, &QAction::triggered, this, &HistoryController::mnuRedo_Click);
     connect(m_c.mnuHistory, &QAction::triggered, this, &HistoryController::mnuHistory_Click);
-    // The checker may have journaled or undone something meanwhile: the menu looks again as it opens.
+    // The checker may have journaled or undone something meanwhile: the menu looks again as it opens, and
+    // when the user comes back to the window, so that Ctrl+Z acts on what is there now.
     connect(m_c.mnuEdit, &QMenu::aboutToShow, this, &HistoryController::updateCaptions);
+    m_services.window.installEventFilter(this);
     connect(m_c.Dir1, &DirListBox::Change, this, &HistoryController::updateCaptions);
     // No look at the journal yet: the window's first folder load brings the captions up to date.
     connect(&m_services.history, &JournalService::changed, this, &HistoryController::updateCaptions);
+}
+
+bool HistoryController::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == &m_services.window && event->type() == QEvent::WindowActivate)
+        updateCaptions();
+    return QObject::eventFilter(watched, event);
 }
 
 std::filesystem::path HistoryController::currentFolder() const

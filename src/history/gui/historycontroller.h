@@ -8,6 +8,7 @@
 #include "history/journal.h"
 
 class QAction;
+class QEvent;
 class QMenu;
 class QTreeWidget;
 class QWidget;
@@ -57,6 +58,9 @@ public slots:
     void mnuHistory_Click();
     // "Undo Delete 2 sections" and "Redo Renumber", or disabled when there is nothing to act on.
     void updateCaptions();
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     void act(const std::function<JournalResult(Journal &, const std::filesystem::path &, bool)> &action);
