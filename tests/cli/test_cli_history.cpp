@@ -238,3 +238,24 @@ TEST(HistoryCommands, WrongCommandLinesAreUsageErrors)
     for (const std::string name : {"history", "undo", "redo", "restore"})
         EXPECT_NE(help.out.find("\n  " + name + " FOLDER"), std::string::npos) << name;
 }
+
+// A script that works in the aircraft's folder and one that names it in full undo the same operation.
+TEST(HistoryCommands, ARelativeFolderIsTheSameFolder)
+{
+    TempDir dir;
+    writeBytes(dir / "aircraft" / "aircraft.cfg", CFG);
+    const fs::path previous = fs::current_path();
+    fs::current_path(dir.path());
+    const CheckRun run = check({"renumber", "aircraft"});
+    fs::current_path(previous);
+    ASSERT_EQ(run.exitCode, CHECK_EXIT_OK) << run.err;
+    EXPECT_EQ(run.out,
+              "renumbered the [fltsim.x] sections of " + (fs::path("aircraft") / "aircraft.cfg").string() + "\n");
+
+    const std::string folder = (dir / "aircraft").string();
+    // Named from the folder, in the order they were first changed.
+    const std::string listing = check({"history", folder}).out;
+    EXPECT_TRUE(listing.ends_with("\tRenumber\taircraft.corvane, aircraft.cfg\n")) << listing;
+    EXPECT_EQ(check({"undo", folder}).exitCode, CHECK_EXIT_OK);
+    EXPECT_EQ(folderState(dir / "aircraft"), (std::map<std::string, std::string> {{"aircraft.cfg", CFG}}));
+}
