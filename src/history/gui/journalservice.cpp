@@ -34,7 +34,7 @@ Journal *JournalService::existingJournal()
         return nullptr;
     try {
         return &journal();
-    } catch (const std::exception &) {
+    } catch (const RuntimeError &) {
         // A journal that cannot be read offers nothing to undo; the next change says why, and stops.
         return nullptr;
     }
