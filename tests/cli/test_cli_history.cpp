@@ -259,3 +259,30 @@ TEST(HistoryCommands, ARelativeFolderIsTheSameFolder)
     EXPECT_EQ(check({"undo", folder}).exitCode, CHECK_EXIT_OK);
     EXPECT_EQ(folderState(dir / "aircraft"), (std::map<std::string, std::string> {{"aircraft.cfg", CFG}}));
 }
+
+// validate-all takes the marks out folder by folder: each folder undoes its own.
+TEST(HistoryCommands, ValidateAllJournalsEachFolderApart)
+{
+    TempDir dir;
+    const std::string marked = "\xEF\xBB\xBF" + crlf("[fltsim]\nfallback.1=..\\texture\n");
+    for (const char *name : {"a", "b"}) {
+        writeAircraft(dir / "root" / name);
+        writeBytes(dir / "root" / name / "aircraft.cfg",
+                   crlf("[fltsim.0]\ntitle=One\nmodel=\ntexture=alias\nsim=corvane\n"));
+        writeBytes(dir / "root" / name / "texture.alias" / "texture.cfg", marked);
+    }
+    const CheckRun run = check(hermetic({"validate-all", (dir / "root").string(), "--report", "-"}));
+    EXPECT_NE(run.exitCode, CHECK_EXIT_NO_REPORT) << run.err;
+    for (const char *name : {"a", "b"}) {
+        SCOPED_TRACE(name);
+        const std::string folder = (dir / "root" / name).string();
+        EXPECT_NE(readBytes(dir / "root" / name / "texture.alias" / "texture.cfg"), marked);
+        const std::string listing = check({"history", folder}).out;
+        EXPECT_TRUE(listing.ends_with("\tValidate: removed byte order marks\t"
+                                      + (fs::path("texture.alias") / "texture.cfg").string() + "\n"))
+            << listing;
+        EXPECT_EQ(check({"undo", folder}).exitCode, CHECK_EXIT_OK);
+        EXPECT_EQ(readBytes(dir / "root" / name / "texture.alias" / "texture.cfg"), marked);
+    }
+    EXPECT_EQ(check({"history", (dir / "root").string()}).out, "");
+}
