@@ -1,6 +1,7 @@
 #include "history/journal.h"
 
 #include <algorithm>
+#include <fstream>
 #include <memory>
 #include <set>
 #include <system_error>
@@ -180,6 +181,7 @@ void Journal::State::take(const JournalLogRecord &record)
             stored.file.readOnlyBefore = record.fields[2] == "1";
             stored.file.beforeDigest = record.fields[3];
             stored.sizeBefore = numberOf(record.fields[4]);
+            store.knowDurable(stored.file.beforeDigest);
             operation.files.push_back(std::move(stored));
         } else if (file != operation.files.end()) {
             file->file.existedAfter = record.fields[1] == "1";
@@ -238,13 +240,21 @@ void Journal::State::refresh()
         load(false);
 }
 
-bool Journal::State::append(const std::vector<JournalLogRecord> &records)
+bool Journal::State::append(const std::vector<JournalLogRecord> &records, bool durable)
 {
     std::string text;
     for (const JournalLogRecord &record : records)
         text += formatJournalLogRecord(record);
-    if (!platform::appendDurably(logPath, text))
-        return false;
+    if (durable) {
+        if (!platform::appendDurably(logPath, text))
+            return false;
+    } else {
+        std::ofstream out(logPath, std::ios::binary | std::ios::app);
+        out.write(text.data(), static_cast<std::streamsize>(text.size()));
+        out.close();
+        if (!out)
+            return false;
+    }
     logSize += text.size();
     for (const JournalLogRecord &record : records)
         take(record);
@@ -262,13 +272,12 @@ bool Journal::State::finish(StoredOperation &operation)
         // A file that cannot be read now cannot be put back later either; it stays out of the record.
         if (!now.readable)
             continue;
-        const bool sameBytes =
-            !now.exists || (now.bytes.size() == stored.sizeBefore && sha256Hex(now.bytes) == file.beforeDigest);
+        std::string digest = now.exists && now.bytes.size() == stored.sizeBefore ? sha256Hex(now.bytes) : std::string();
+        const bool sameBytes = !now.exists || digest == file.beforeDigest;
         if (now.exists == file.existedBefore && sameBytes && now.readOnly == file.readOnlyBefore)
             continue;
-        std::string digest;
         if (now.exists) {
-            std::optional<std::string> put = store.put(now.bytes);
+            std::optional<std::string> put = store.put(now.bytes, false, digest);
             if (!put)
                 return false;
             digest = std::move(*put);
@@ -276,7 +285,9 @@ bool Journal::State::finish(StoredOperation &operation)
         records.push_back(fileRecord('A', operation.id, file.path, now.exists, now.readOnly, digest, now.bytes.size()));
     }
     records.push_back({'E', operation.id, {}});
-    return append(records);
+    // Not waited for: a crash of the system that loses these records leaves the operation unfinished, and the
+    // next start completes it from the files, as it would here.
+    return append(records, false);
 }
 
 void Journal::State::enforceLimits()

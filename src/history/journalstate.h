@@ -69,8 +69,9 @@ struct Journal::State
     // Reads the log again when another process has added to it.
     void refresh();
     void take(const JournalLogRecord &record);
-    // Appends the records durably and takes them in; false when they could not be written.
-    bool append(const std::vector<JournalLogRecord> &records);
+    // Appends the records and takes them in; false when they could not be written. durable: flushed to the
+    // disk before it returns.
+    bool append(const std::vector<JournalLogRecord> &records, bool durable = true);
 
     // Records each changed file's present bytes as its "after" and ends the operation. A file holding its
     // "before" bytes was not changed and leaves the record. False when the bytes could not be stored.
