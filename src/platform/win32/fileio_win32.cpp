@@ -239,6 +239,27 @@ bool writeFileInPlace(const std::filesystem::path &path, std::string_view bytes)
     return static_cast<bool>(out);
 }
 
+namespace {
+
+// A new file of our own beside target, named so that no one else's can be taken; tempPath names it.
+HANDLE createTempBeside(const std::filesystem::path &target, std::filesystem::path &tempPath)
+{
+    static std::atomic<unsigned> counter {0};
+    const std::filesystem::path folder = target.parent_path();
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        tempPath = folder
+            / (L"." + target.filename().wstring() + L".fw" + std::to_wstring(GetCurrentProcessId()) + L"-"
+               + std::to_wstring(counter++) + L".tmp");
+        const HANDLE created =
+            CreateFileW(tempPath.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+        if (created != INVALID_HANDLE_VALUE || GetLastError() != ERROR_FILE_EXISTS)
+            return created;
+    }
+    return INVALID_HANDLE_VALUE;
+}
+
+} // namespace
+
 bool replaceFileAtomically(const std::filesystem::path &path, std::string_view bytes)
 {
     const std::filesystem::path target(finalPath(path));
@@ -253,19 +274,8 @@ bool replaceFileAtomically(const std::filesystem::path &path, std::string_view b
         return false;
     }
 
-    static std::atomic<unsigned> counter {0};
-    const std::filesystem::path folder = target.parent_path();
     std::filesystem::path tempPath;
-    HANDLE created = INVALID_HANDLE_VALUE;
-    for (int attempt = 0; attempt < 100 && created == INVALID_HANDLE_VALUE; ++attempt) {
-        tempPath = folder
-            / (L"." + target.filename().wstring() + L".fw" + std::to_wstring(GetCurrentProcessId()) + L"-"
-               + std::to_wstring(counter++) + L".tmp");
-        created = CreateFileW(tempPath.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
-        if (created == INVALID_HANDLE_VALUE && GetLastError() != ERROR_FILE_EXISTS)
-            return false;
-    }
-    Handle temp(created);
+    Handle temp(createTempBeside(target, tempPath));
     if (!temp.isValid())
         return false;
 
@@ -295,19 +305,8 @@ bool writeFileDurably(const std::filesystem::path &path, std::string_view bytes)
 {
     if (!path.has_filename())
         return false;
-    static std::atomic<unsigned> counter {0};
-    const std::filesystem::path folder = path.parent_path();
     std::filesystem::path tempPath;
-    HANDLE created = INVALID_HANDLE_VALUE;
-    for (int attempt = 0; attempt < 100 && created == INVALID_HANDLE_VALUE; ++attempt) {
-        tempPath = folder
-            / (L"." + path.filename().wstring() + L".fw" + std::to_wstring(GetCurrentProcessId()) + L"-"
-               + std::to_wstring(counter++) + L".tmp");
-        created = CreateFileW(tempPath.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
-        if (created == INVALID_HANDLE_VALUE && GetLastError() != ERROR_FILE_EXISTS)
-            return false;
-    }
-    Handle temp(created);
+    Handle temp(createTempBeside(path, tempPath));
     if (!temp.isValid())
         return false;
     bool ok = writeAll(temp.get(), bytes) && FlushFileBuffers(temp.get());
