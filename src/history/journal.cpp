@@ -88,6 +88,23 @@ RuntimeError cannotKeep(const std::filesystem::path &file, const std::filesystem
                         u"journalBeforeChange");
 }
 
+// A file inside the operation's folder, spelt from the folder as the operation names it. The validation run
+// reaches files by a lower-cased path on Windows; lists then still name them from the folder.
+std::filesystem::path spelledFromFolder(const std::filesystem::path &file, const std::filesystem::path &folder)
+{
+    const std::u16string inFile = platform::comparablePath(file);
+    const std::u16string inFolder = platform::comparablePath(folder);
+    if (inFile.size() <= inFolder.size() || inFile.compare(0, inFolder.size(), inFolder) != 0
+        || inFile[inFolder.size()] != u'/')
+        return file;
+    const auto below = static_cast<std::size_t>(std::count(inFile.begin() + inFolder.size(), inFile.end(), u'/'));
+    std::vector<std::filesystem::path> parts(file.begin(), file.end());
+    std::filesystem::path spelled = folder;
+    for (std::size_t k = parts.size() - std::min(below, parts.size()); k < parts.size(); ++k)
+        spelled /= parts[k];
+    return spelled;
+}
+
 } // namespace
 
 std::filesystem::path fullPath(const std::filesystem::path &path)
@@ -439,7 +456,7 @@ void journalBeforeChange(const std::filesystem::path &given)
     if (!live)
         return;
     // Kept in full, so that an undo from another working folder finds the file.
-    const std::filesystem::path file = fullPath(given);
+    const std::filesystem::path file = spelledFromFolder(fullPath(given), live->folder);
     const std::u16string key = platform::comparablePath(file);
     if (live->seen.contains(key))
         return;
