@@ -124,17 +124,14 @@ void MakeBackup(const std::u16string &aircraftCfgPath, bool autoBackupOn)
     // The backup is a file the user did not have before: an undo of the first change takes it away again.
     if (targetWasFree)
         journalBeforeChange(target);
-    const bool copied = fs::copy_file(*source, target, fs::copy_options::none, error);
-    if (targetWasFree) {
+    if (!fs::copy_file(*source, target, fs::copy_options::none, error)) {
         // A half-written copy would count as the backup from now on.
-        if (!copied) {
+        if (targetWasFree) {
             std::error_code ignored;
             fs::remove(target, ignored);
         }
-        journalAfterChange(target);
-    }
-    if (!copied)
         throw RuntimeError::permissionDenied(u"MakeBackup");
+    }
 }
 
 std::vector<std::u16string> checkedRowList(const std::vector<bool> &rowChecked)

@@ -229,16 +229,12 @@ void clsIniFile::flush()
     if (!cache.pending)
         return;
     cache.pending = false;
-    // Written or lost, the journal takes the file as it now stands.
-    const auto journalAfter = [&cache] {
-        if (std::exchange(cache.journaled, false))
-            journalAfterChange(cache.file);
-    };
+    // Written or lost, the next batch's first edit journals the file as it then stands.
+    cache.journaled = false;
     const std::int64_t start = platform::currentTimeNs();
     if (!edits.empty() && !rebaseBatch(edits)) {
         cache.loaded = false;
         cache.bytes.clear();
-        journalAfter();
         return;
     }
     std::string bytes = cache.document.bytes();
@@ -246,13 +242,11 @@ void clsIniFile::flush()
         // Lost without a word, as the platform's write loses it; the next read sees the file as it is.
         cache.loaded = false;
         cache.bytes.clear();
-        journalAfter();
         return;
     }
     cache.identity = platform::fileIdentity(cache.file);
     cache.bytes = std::move(bytes);
     cache.readStartNs = start;
-    journalAfter();
 }
 
 // A batch trusts the file as it found it at its first call. Should somebody else have written the file since

@@ -55,7 +55,6 @@ void Renumber_fltsim(const std::u16string &aircraftCfgPath, bool autoBackupOn, D
     }
     journalBeforeChange(file);
     const bool written = platform::replaceFileAtomically(file, bytes);
-    journalAfterChange(file);
     if (!written)
         throw RuntimeError(57, u"Device I/O error", u"Renumber_fltsim");
 }

@@ -498,10 +498,4 @@ void journalBeforeChange(const std::filesystem::path &given)
     live->seen.insert(key);
 }
 
-void journalAfterChange(const std::filesystem::path &)
-{
-    // The "after" bytes are read once, as the operation ends: a file that an operation rewrites for every
-    // key it writes is then read and stored once, not once per key.
-}
-
 } // namespace fleetwright

@@ -118,10 +118,10 @@ private:
 };
 
 // Called by every engine writer of a user's file (key writes and whole-file rewrites of aircraft.cfg, .air and
-// .mdl patches, the byte-order-mark removal, the text editor's save) before the first byte changes, and after.
-// beforeChange stores the old bytes durably (written and flushed) first; when it cannot, it throws RuntimeError
-// with a clear message, so the change does not happen. Both do nothing without a live JournalOperation.
+// .mdl patches, the byte-order-mark removal, the text editor's save) before the first byte changes. It stores
+// the old bytes durably (written and flushed) first; when it cannot, it throws RuntimeError with a clear message,
+// so the change does not happen. Nothing without a live JournalOperation. What the writers leave is read once,
+// as the outermost operation ends.
 void journalBeforeChange(const std::filesystem::path &file);
-void journalAfterChange(const std::filesystem::path &file);
 
 } // namespace fleetwright

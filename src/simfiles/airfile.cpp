@@ -157,11 +157,10 @@ AirTypePatch patchAirType(AirType type, const AirFileState &state, bool confirmU
     if (!file)
         return {AirTypePatchOutcome::NoFile};
 
-    // Taken before the read-only state goes, and again once the exclusive open has let go of the file.
+    // Taken before the read-only state goes.
     journalBeforeChange(*file);
     const AirTypePatchOutcome outcome =
         platform::clearReadOnly(*file) ? writeAirType(*file, type) : AirTypePatchOutcome::Failed;
-    journalAfterChange(*file);
     if (outcome == AirTypePatchOutcome::Failed)
         dialogs.critical(airFileWriteFailureText(state.AirFileName), {});
     return {outcome};
@@ -192,7 +191,6 @@ void ReadByteArray(const std::u16string &path, std::vector<std::uint8_t> &bytes)
     // Written over the start and not truncated: the file keeps its length, its last three bytes stand twice.
     journalBeforeChange(*file);
     const bool written = writeBytesAt(*file, 0, std::string_view(content).substr(3));
-    journalAfterChange(*file);
     if (!written)
         throw RuntimeError::permissionDenied();
 }

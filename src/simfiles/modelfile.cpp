@@ -179,10 +179,9 @@ RadiusWriteOutcome writeModelRadius(const std::u16string &ModelFilePath, const s
     const std::optional<fs::path> file = existingFile(ModelFilePath);
     if (!file)
         return fail();
-    // Taken before the read-only state goes, and again once the exclusive open has let go of the file.
+    // Taken before the read-only state goes.
     journalBeforeChange(*file);
     const bool written = platform::clearReadOnly(*file) && writeRadiusByte(*file, radiusText, decimalSeparator);
-    journalAfterChange(*file);
     return written ? RadiusWriteOutcome::Written : fail();
 }
 

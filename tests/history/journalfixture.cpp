@@ -29,7 +29,6 @@ void perform(Journal &journal, const std::filesystem::path &folder, const std::u
             platform::replaceFileAtomically(path, *change.bytes); // a read-only file refuses, as it should
         else
             std::filesystem::remove(path);
-        journalAfterChange(path);
     }
 }
 

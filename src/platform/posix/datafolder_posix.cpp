@@ -8,7 +8,7 @@ namespace fleetwright::platform {
 
 std::filesystem::path applicationDataFolder()
 {
-    // The base directory specification asks for an absolute XDG_DATA_HOME; a relative one is ignored.
+    // A relative XDG_DATA_HOME is ignored, as desktops do: only an absolute one names the data home.
     if (const std::optional<std::filesystem::path> home = environmentPath("XDG_DATA_HOME"); home && home->is_absolute())
         return *home / "fleetwright";
     const std::string user = homeFolder();

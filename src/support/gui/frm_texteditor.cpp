@@ -329,8 +329,6 @@ void frm_TextEditor::saveText()
         showFileError(m_dialogs, writeError(path));
         return;
     }
-    if (m_history)
-        journalAfterChange(path);
     Dirty = false;
 }
 
