@@ -154,11 +154,14 @@ void appendLine(std::u16string &out, char16_t sign, std::u16string_view line)
         out += u"\\ No newline at end of file\n";
 }
 
+bool hasUtf16Mark(std::string_view bytes)
+{
+    return bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF");
+}
+
 bool isBinary(std::string_view bytes)
 {
-    const bool utf16 =
-        bytes.size() >= 2 && ((bytes[0] == '\xFF' && bytes[1] == '\xFE') || (bytes[0] == '\xFE' && bytes[1] == '\xFF'));
-    return !utf16 && bytes.find('\0') != std::string_view::npos;
+    return !hasUtf16Mark(bytes) && bytes.find('\0') != std::string_view::npos;
 }
 
 std::u16string hexByte(unsigned char byte)
@@ -196,8 +199,7 @@ std::u16string binaryDifference(std::string_view before, std::string_view after)
 
 std::u16string decodeFileText(std::string_view bytes)
 {
-    if (bytes.size() >= 2
-        && ((bytes[0] == '\xFF' && bytes[1] == '\xFE') || (bytes[0] == '\xFE' && bytes[1] == '\xFF'))) {
+    if (hasUtf16Mark(bytes)) {
         const bool bigEndian = bytes[0] == '\xFE';
         std::u16string text;
         text.reserve(bytes.size() / 2);
